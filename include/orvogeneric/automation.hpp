@@ -1,0 +1,78 @@
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "orvogeneric/export.hpp"
+#include "orvogeneric/variant.hpp"
+
+// Late binding: every public member described once (api/orvogeneric.idl) and callable by name
+// with variants, coerced as an automation host coerces them.
+namespace orvo::automation {
+
+enum class MemberKind { Method, PropertyGet, PropertyLet };
+enum class Direction { In, InOut };
+
+struct ParamInfo {
+  std::string_view name;
+  std::string_view type;  // as declared: "String", "Long", "Variant[]", "enumCodePages", ...
+  Direction direction;
+  bool optional;
+  bool hasDefault;
+  Variant (*defaultValue)();  // nullptr unless hasDefault
+};
+
+using Invoker = Variant (*)(Object& self, std::vector<Variant>& args);
+
+struct MemberInfo {
+  std::string_view name;
+  MemberKind kind;
+  int slot;  // declaration order within the class, from 1
+  std::span<const ParamInfo> params;
+  std::string_view resultType;  // "void" for none
+  Invoker invoke;
+};
+
+struct ClassInfo {
+  std::string_view name;
+  bool global;     // members callable without naming an instance
+  bool creatable;  // hosts may create it; the others come from the factories only
+  std::shared_ptr<Object> (*create)();
+  std::span<const MemberInfo> members;
+};
+
+ORVO_API std::span<const ClassInfo> classes() noexcept;
+// Case-insensitive, as automation names are. nullptr when there is none.
+ORVO_API const ClassInfo* findClass(std::string_view name) noexcept;
+ORVO_API const MemberInfo* findMember(const ClassInfo& cls, std::string_view name,
+                                      MemberKind kind) noexcept;
+
+// The implicit instance that serves calls on a global class without an instance; created on
+// first use, with the class's creation side effects. Raises 429 for a class that is not global.
+ORVO_API std::shared_ptr<Object> globalInstance(std::string_view className);
+
+struct NamedArgument {
+  std::string name;
+  Variant value;
+};
+
+struct CallResult {
+  Variant result;
+  // The final value of every in/out parameter, by its documented name, in declaration order.
+  std::vector<std::pair<std::string, Variant>> byref;
+};
+
+// Calls a member by name. Positional arguments come first, then named ones. Arguments are
+// coerced to the declared types (Type mismatch, 13, when they cannot be); an omitted optional
+// takes its declared default; an omitted in/out parameter gets a fresh variable whose final
+// value is reported. Unknown members raise 438, unknown named arguments 448, missing required
+// ones 449, too many 450.
+ORVO_API CallResult invoke(Object& object, std::string_view member, std::vector<Variant> args,
+                           std::vector<NamedArgument> named = {},
+                           MemberKind kind = MemberKind::Method);
+
+}  // namespace orvo::automation

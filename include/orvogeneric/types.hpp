@@ -1,0 +1,115 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <string>
+
+#include "orvogeneric/export.hpp"
+
+namespace orvo {
+
+// Text at the interface is UTF-16, exactly as the applications pass it: lengths, positions and
+// comparisons are in code units.
+using String = std::u16string;
+
+// The automation boolean. True is all bits set (-1). Several operations compare with True
+// rather than testing for non-zero, so a non-canonical 1 must survive the trip.
+enum class VBool : std::int16_t { False = 0, True = -1 };
+
+constexpr VBool toVBool(bool b) noexcept { return b ? VBool::True : VBool::False; }
+// Equality with the canonical true value: 1 is *not* true here.
+constexpr bool isTrue(VBool b) noexcept { return b == VBool::True; }
+// The language's own test in an If statement: any non-zero value.
+constexpr bool nonZero(VBool b) noexcept { return b != VBool::False; }
+constexpr std::int16_t value(VBool b) noexcept { return static_cast<std::int16_t>(b); }
+
+// Signed 64-bit fixed point with four decimals.
+struct Currency {
+  std::int64_t scaled = 0;  // value * 10000
+  static constexpr std::int64_t scale = 10000;
+  constexpr auto operator<=>(const Currency&) const = default;
+  // Rounds to the nearest 1/10000 with halves to even; raises Overflow (6) out of range.
+  ORVO_API static Currency fromDouble(double value);
+  [[nodiscard]] constexpr double toDouble() const noexcept {
+    return static_cast<double>(scaled) / static_cast<double>(scale);
+  }
+};
+
+// The automation date: days since 1899-12-30, the time of day as the fraction.
+struct Date {
+  double serial = 0;
+  constexpr auto operator<=>(const Date&) const = default;
+};
+
+// Shared enumerations of the type library (32-bit signed). They are plain enumerations on
+// purpose: callers may pass any Long, and the procedures report values that are not members.
+enum orvoAlignConstants : std::int32_t {
+  alignTop = 0,
+  alignBottom = 1,
+  alignLeft = 2,
+  alignRight = 3,
+  alignCenter = 4
+};
+
+enum enumFindWindow : std::int32_t {
+  FW_STARTSWITH = 0,
+  FW_CONTAINS = 1,
+  FW_FULL = 2,
+  FW_FULLVB6APPTITLE = 3
+};
+
+enum enumCodePages : std::int32_t {
+  CP_ACP = 0,
+  CP_UTF8 = 65001,
+  CP_UTF16_LE = 1200,
+  CP_UTF16_BE = 1201,
+  CP_UTF32_LE = 12000,
+  CP_UTF32_BE = 12001
+};
+
+enum enumFileEncoding : std::int32_t {
+  encBIN = -1,
+  encANSI = 0,
+  encUTF8_NB = 1,
+  encUTF16_LE_NB = 2,
+  encUTF16_BE_NB = 3,
+  encUTF8_BOM = 4,
+  encUTF16_LE = 5,
+  encUTF16_BE = 6,
+  encUTF32_LE = 7,
+  encUTF32_BE = 8
+};
+
+enum enumGetPathFromClipboardSearch : std::int32_t {
+  GETPATH_PREFERFILEPATH = 1,
+  GETPATH_PATHANY = 2,
+  GETPATH_FILE = 3,
+  GETPATH_PATHNOFILE = 4,
+  GETPATH_PATHBADFILE = 5
+};
+
+enum CreateMutexEnum : std::int32_t { nMUTEX_ERROR = 1, nMUTEX_CREATED = 2, nMUTEX_EXISTS = 3 };
+
+enum enumLOCALE_LCID : std::int32_t {
+  LOCALE_NEUTRAL = 0,
+  LOCALE_INVARIANT = 127,
+  LOCALE_USER_DEFAULT = 1024,
+  LOCALE_SYSTEM_DEFAULT = 2048,
+  LOCALE_CUSTOM_DEFAULT = 3072,
+  LOCALE_CUSTOM_UNSPECIFIED = 4096,
+  LOCALE_CUSTOM_UI_DEFAULT = 5120
+};
+
+struct RECT {
+  std::int32_t Left = 0;
+  std::int32_t Top = 0;
+  std::int32_t Right = 0;
+  std::int32_t Bottom = 0;
+  constexpr bool operator==(const RECT&) const = default;
+};
+
+// UTF-8 conveniences; the model stays UTF-16. Unpaired surrogates become U+FFFD in UTF-8.
+ORVO_API std::string toUtf8(std::u16string_view text);
+ORVO_API String fromUtf8(std::string_view text);
+
+}  // namespace orvo

@@ -1,0 +1,160 @@
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "orvogeneric/export.hpp"
+#include "orvogeneric/types.hpp"
+
+namespace orvo {
+
+// Type codes as the automation world numbers them.
+enum class VarType : std::uint16_t {
+  Empty = 0,
+  Null = 1,
+  Integer = 2,
+  Long = 3,
+  Single = 4,
+  Double = 5,
+  Currency = 6,
+  Date = 7,
+  String = 8,
+  Object = 9,
+  Error = 10,
+  Boolean = 11,
+  Variant = 12,
+  Byte = 17,
+};
+
+ORVO_API std::string_view typeName(VarType type) noexcept;
+
+// Base of every automation object: the public classes and what the factories hand out.
+class ORVO_API Object {
+ public:
+  Object() = default;
+  Object(const Object&) = default;
+  Object& operator=(const Object&) = default;
+  Object(Object&&) = default;
+  Object& operator=(Object&&) = default;
+  virtual ~Object();
+  [[nodiscard]] virtual std::string_view className() const noexcept = 0;
+};
+
+class Variant;
+
+// A one-dimensional array with a lower bound, as the applications' arrays are. "Never
+// dimensioned" (a dynamic array before its first ReDim) is distinct from "no elements"
+// (bounds 0 to -1): asking the former for a bound is error 9.
+class ORVO_API SafeArray {
+ public:
+  explicit SafeArray(VarType elementType = VarType::Variant);  // never dimensioned
+  SafeArray(VarType elementType, std::int32_t lowerBound, std::vector<Variant> items);
+  SafeArray(const SafeArray&);
+  SafeArray& operator=(const SafeArray&);
+  SafeArray(SafeArray&&) noexcept;
+  SafeArray& operator=(SafeArray&&) noexcept;
+  ~SafeArray();
+
+  [[nodiscard]] VarType elementType() const noexcept { return elementType_; }
+  [[nodiscard]] bool dimensioned() const noexcept { return dimensioned_; }
+  // Both raise "Subscript out of range" (9) when never dimensioned.
+  [[nodiscard]] std::int32_t lowerBound() const;
+  [[nodiscard]] std::int32_t upperBound() const;
+  [[nodiscard]] std::size_t size() const noexcept { return items_.size(); }
+  // Raises 9 outside the bounds.
+  [[nodiscard]] Variant& at(std::int32_t index);
+  [[nodiscard]] const Variant& at(std::int32_t index) const;
+  [[nodiscard]] const std::vector<Variant>& items() const noexcept { return items_; }
+  [[nodiscard]] std::vector<Variant>& items() noexcept { return items_; }
+  // ReDim (without Preserve): every element becomes the empty value of the element type.
+  void redim(std::int32_t lowerBound, std::int32_t upperBound);
+  void erase();  // back to never dimensioned
+
+  bool operator==(const SafeArray&) const;
+
+ private:
+  VarType elementType_;
+  bool dimensioned_ = false;
+  std::int32_t lowerBound_ = 0;
+  std::vector<Variant> items_;
+};
+
+struct Empty {
+  bool operator==(const Empty&) const = default;
+};
+struct Null {
+  bool operator==(const Null&) const = default;
+};
+// VT_ERROR: an error code held as a value; DISP_E_PARAMNOTFOUND marks a missing optional.
+struct ErrorCode {
+  std::int32_t scode = 0;
+  bool operator==(const ErrorCode&) const = default;
+};
+inline constexpr std::int32_t DISP_E_PARAMNOTFOUND = static_cast<std::int32_t>(0x80020004U);
+
+class ORVO_API Variant {
+ public:
+  Variant() = default;
+  Variant(Empty) {}
+  Variant(Null v) : value_(v) {}
+  Variant(std::int16_t v) : value_(v) {}
+  Variant(std::int32_t v) : value_(v) {}
+  Variant(float v) : value_(v) {}
+  Variant(double v) : value_(v) {}
+  Variant(Currency v) : value_(v) {}
+  Variant(Date v) : value_(v) {}
+  Variant(String v) : value_(std::move(v)) {}
+  Variant(const char16_t* v) : value_(String(v)) {}
+  Variant(std::shared_ptr<Object> v) : value_(std::move(v)) {}
+  Variant(ErrorCode v) : value_(v) {}
+  Variant(VBool v) : value_(v) {}
+  Variant(std::uint8_t v) : value_(v) {}
+  Variant(SafeArray v);
+  Variant(const Variant&);
+  Variant& operator=(const Variant&);
+  Variant(Variant&&) noexcept = default;
+  Variant& operator=(Variant&&) noexcept = default;
+  ~Variant() = default;
+
+  static Variant missing() { return Variant(ErrorCode{DISP_E_PARAMNOTFOUND}); }
+  // A zero-based Variant array of the given items.
+  static Variant array(std::vector<Variant> items, std::int32_t lowerBound = 0,
+                       VarType elementType = VarType::Variant);
+
+  // An array reports VarType::Variant here; isArray() and array()->elementType() tell more.
+  [[nodiscard]] VarType type() const noexcept;
+  [[nodiscard]] bool isArray() const noexcept;
+  [[nodiscard]] bool isEmpty() const noexcept { return type() == VarType::Empty; }
+  [[nodiscard]] bool isNull() const noexcept { return type() == VarType::Null; }
+  [[nodiscard]] bool isMissing() const noexcept;
+  [[nodiscard]] bool isNumeric() const noexcept;  // a number type, Boolean, Date, Empty
+
+  template <class T>
+  [[nodiscard]] const T* get() const noexcept {
+    return std::get_if<T>(&value_);
+  }
+  template <class T>
+  [[nodiscard]] T* get() noexcept {
+    return std::get_if<T>(&value_);
+  }
+  [[nodiscard]] const SafeArray* array() const noexcept;
+  [[nodiscard]] SafeArray* array() noexcept;
+  [[nodiscard]] const std::shared_ptr<Object>* object() const noexcept {
+    return std::get_if<std::shared_ptr<Object>>(&value_);
+  }
+
+  bool operator==(const Variant& other) const;
+
+ private:
+  using Value = std::variant<Empty, Null, std::int16_t, std::int32_t, float, double, Currency, Date,
+                             String, std::shared_ptr<Object>, ErrorCode, VBool, std::uint8_t,
+                             std::unique_ptr<SafeArray>>;
+  Value value_;
+};
+
+}  // namespace orvo

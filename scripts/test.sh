@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# The whole check: setup, formatting, a warnings-as-errors build with every test (install and
+# consumer included), the same suite under AddressSanitizer + UndefinedBehaviorSanitizer, and
+# the fuzz targets built with clang and run briefly.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+cd "$root"
+"$root/scripts/setup.sh"
+jobs=$(nproc)
+
+echo "== format"
+git ls-files -- '*.cpp' '*.hpp' | grep -v '^tests/golden/' | xargs clang-format --dry-run -Werror
+
+echo "== release build and tests"
+cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVO_WERROR=ON >/dev/null
+cmake --build build/release -j "$jobs"
+ctest --test-dir build/release --output-on-failure -j "$jobs"
+
+echo "== sanitizer build and tests"
+cmake -S . -B build/asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DORVO_WERROR=ON -DORVO_SANITIZE=ON \
+  -DORVO_BUILD_BENCH=OFF >/dev/null
+cmake --build build/asan -j "$jobs"
+ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+  ctest --test-dir build/asan --output-on-failure -j "$jobs"
+
+echo "== fuzz targets (short run each)"
+cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang \
+  -DCMAKE_CXX_COMPILER=clang++ -DORVO_BUILD_FUZZ=ON -DORVO_BUILD_TESTS=OFF \
+  -DORVO_BUILD_BENCH=OFF >/dev/null
+cmake --build build/fuzz -j "$jobs"
+for target in build/fuzz/fuzz/*_fuzz; do
+  name=$(basename "$target" _fuzz)
+  corpus=$(mktemp -d)
+  cp -r "fuzz/corpus/$name/." "$corpus/" 2>/dev/null || true
+  "$target" -max_total_time="${ORVO_FUZZ_SECONDS:-15}" -print_final_stats=0 "$corpus" 2>&1 | tail -n 2
+  rm -rf "$corpus"
+done
+echo "== all checks passed"

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <memory>
+#include <type_traits>
+
+#include "orvogeneric/collection.hpp"
+#include "orvogeneric/variant.hpp"
+
+// Argument coercion for late-bound calls, as an automation host performs it before a member
+// sees its arguments.
+namespace orvo::automation {
+
+String coerceString(const Variant& v);
+VBool coerceBoolean(const Variant& v);
+std::int16_t coerceInteger(const Variant& v);
+std::int32_t coerceLong(const Variant& v);
+float coerceSingle(const Variant& v);
+double coerceDouble(const Variant& v);
+std::uint8_t coerceByte(const Variant& v);
+Currency coerceCurrency(const Variant& v);
+Date coerceDate(const Variant& v);
+std::shared_ptr<Collection> coerceCollection(const Variant& v);
+// The array inside an array argument; anything else is a Type mismatch (13).
+SafeArray& arrayArgument(Variant& v);
+
+template <class T>
+T coerce(const Variant& v) {
+  if constexpr (std::is_same_v<T, String>)
+    return coerceString(v);
+  else if constexpr (std::is_same_v<T, Variant>)
+    return v;
+  else if constexpr (std::is_same_v<T, VBool>)
+    return coerceBoolean(v);
+  else if constexpr (std::is_same_v<T, std::int16_t>)
+    return coerceInteger(v);
+  else if constexpr (std::is_same_v<T, std::int32_t>)
+    return coerceLong(v);
+  else if constexpr (std::is_same_v<T, float>)
+    return coerceSingle(v);
+  else if constexpr (std::is_same_v<T, double>)
+    return coerceDouble(v);
+  else if constexpr (std::is_same_v<T, std::uint8_t>)
+    return coerceByte(v);
+  else if constexpr (std::is_same_v<T, Currency>)
+    return coerceCurrency(v);
+  else if constexpr (std::is_same_v<T, Date>)
+    return coerceDate(v);
+  else if constexpr (std::is_same_v<T, std::shared_ptr<Collection>>)
+    return coerceCollection(v);
+  else if constexpr (std::is_enum_v<T>)
+    return static_cast<T>(coerceLong(v));
+  else
+    static_assert(sizeof(T) == 0, "no coercion for this type");
+}
+
+template <class T>
+struct IsObjectPointer : std::false_type {};
+template <class T>
+struct IsObjectPointer<std::shared_ptr<T>> : std::is_base_of<Object, T> {};
+
+template <class T>
+Variant toVariant(T value) {
+  if constexpr (std::is_enum_v<T> && !std::is_same_v<T, VBool>) {
+    return Variant(static_cast<std::int32_t>(value));
+  } else if constexpr (IsObjectPointer<T>::value) {
+    return Variant(std::shared_ptr<Object>(std::move(value)));
+  } else {
+    return Variant(std::move(value));
+  }
+}
+
+}  // namespace orvo::automation

@@ -1,0 +1,73 @@
+#include "frame/state.hpp"
+
+#include <mutex>
+
+namespace orvo::frame {
+
+StaticGlobals& StaticGlobals::instance() {
+  static StaticGlobals globals;
+  return globals;
+}
+
+#define ORVO_STATE_ACCESSORS(Type, getter, setter, field) \
+  Type StaticGlobals::getter() const {                    \
+    const std::lock_guard lock(mutex_);                   \
+    return field;                                         \
+  }                                                       \
+  void StaticGlobals::setter(Type v) {                    \
+    const std::lock_guard lock(mutex_);                   \
+    field = std::move(v);                                 \
+  }
+
+ORVO_STATE_ACCESSORS(String, parentAppPath, setParentAppPath, parentAppPath_)
+ORVO_STATE_ACCESSORS(String, parentAppEXEName, setParentAppEXEName, parentAppEXEName_)
+ORVO_STATE_ACCESSORS(String, parentAppTitle, setParentAppTitle, parentAppTitle_)
+ORVO_STATE_ACCESSORS(String, appINIFileOverride, setAppINIFileOverride, appINIFileOverride_)
+ORVO_STATE_ACCESSORS(bool, loggingSuppressed, setLoggingSuppressed, loggingSuppressed_)
+ORVO_STATE_ACCESSORS(String, eol, setEol, eol_)
+ORVO_STATE_ACCESSORS(String, decimalSeparatorCache, setDecimalSeparatorCache, decimalSeparator_)
+#undef ORVO_STATE_ACCESSORS
+
+bool StaticGlobals::parentAppInitialised() const {
+  const std::lock_guard lock(mutex_);
+  return parentAppInitialised_;
+}
+
+// Initialisation happens once and is never undone while the library stays loaded.
+void StaticGlobals::setParentAppInitialised() {
+  const std::lock_guard lock(mutex_);
+  parentAppInitialised_ = true;
+}
+
+void StaticGlobals::resetForTesting() {
+  const std::lock_guard lock(mutex_);
+  parentAppPath_.clear();
+  parentAppEXEName_.clear();
+  parentAppTitle_.clear();
+  parentAppInitialised_ = false;
+  appINIFileOverride_.clear();
+  loggingSuppressed_ = false;
+  eol_ = u"\r\n";
+  decimalSeparator_.clear();
+}
+
+bool InDevelopmentMode() {
+  // Nothing ever switches it on in a built library; a developer flips this constant to run
+  // without traps and see faults where they happen.
+  static const bool value = false;
+  return value;
+}
+
+void SetLoggingSuppressed(bool suppressed) {
+  StaticGlobals::instance().setLoggingSuppressed(suppressed);
+}
+
+void main() {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    // The locale and code-page lists are filled here once they exist; until then start-up
+    // has nothing to prepare, and every object creation still passes through this point.
+  });
+}
+
+}  // namespace orvo::frame

@@ -1,0 +1,64 @@
+#include "frame/traps.hpp"
+
+#include <string>
+
+#include "frame/trace.hpp"
+#include "orvogeneric/user_interface.hpp"
+
+namespace orvo::frame {
+
+namespace {
+String decimal(std::int32_t n) { return fromUtf8(std::to_string(n)); }
+}  // namespace
+
+void HandleError(std::u16string_view procedure, std::int32_t number,
+                 std::u16string_view description, bool reraise) {
+  const String handledBy = String(u"Error handled by ") + String(procedure);
+  String report = u"Unexpected error (";
+  report.append(procedure).append(u")\r\n");
+  report.append(decimal(number)).append(u": ").append(description).append(u"\r\n");
+  report.append(handledBy);
+  // The report must never replace the error being handled: a failing trace is dropped.
+  try {
+    LibraryTrace(report);
+  } catch (...) {  // NOLINT(bugprone-empty-catch)
+  }
+  if (reraise) {
+    throw Error(number, String(description) + u"\r\n" + handledBy);
+  }
+  try {
+    userInterface()->messageBox(report, u"", vbCritical | vbOKOnly);
+  } catch (...) {  // NOLINT(bugprone-empty-catch)
+  }
+}
+
+void RaiseLibraryError(std::u16string_view message) {
+  throw Error(kLibraryErrorNumber, String(message));
+}
+
+Error asError(std::exception_ptr caught) {
+  try {
+    std::rethrow_exception(caught);
+  } catch (const Error& e) {
+    return e;
+  } catch (const std::bad_alloc&) {
+    return Error(runtime::errOutOfMemory,
+                 String(runtime::standardErrorText(runtime::errOutOfMemory)));
+  } catch (...) {
+    // A fault of our own code (a standard-library exception) surfaces as the language's
+    // internal error rather than escaping as something an automation caller cannot read.
+    return Error(51, String(runtime::standardErrorText(51)));
+  }
+}
+
+void RaiseWithContext(std::u16string_view procedure, std::u16string_view context,
+                      const Error& error) {
+  String description = error.description();
+  if (description == runtime::standardErrorText(error.number())) {
+    description = String(context) + u"\r\n" + decimal(error.number()) + u": " + description;
+  }
+  description.append(u"\r\n").append(procedure);
+  throw Error(error.number(), std::move(description));
+}
+
+}  // namespace orvo::frame

@@ -1,0 +1,231 @@
+#include "platform/locale.hpp"
+
+#include <unicode/dcfmtsym.h>
+#include <unicode/dtfmtsym.h>
+#include <unicode/locid.h>
+#include <unicode/smpdtfmt.h>
+#include <unicode/uloc.h>
+
+#include <cstdlib>
+#include <map>
+#include <mutex>
+#include <string_view>
+
+namespace orvo::platform {
+
+namespace {
+
+String fromIcu(const icu::UnicodeString& s) {
+  return String(reinterpret_cast<const char16_t*>(s.getBuffer()),
+                static_cast<std::size_t>(s.length()));
+}
+
+// Where the platform's own tables differ from CLDR, the platform wins: these are the values a
+// Windows user of the locale sees (date pictures, abbreviations without CLDR's periods).
+struct WindowsOverride {
+  std::string_view locale;
+  std::u16string_view shortDate;
+  std::u16string_view longDate;
+  std::u16string_view timeFormat;
+};
+constexpr WindowsOverride kOverrides[] = {
+    {"en_US", u"M/d/yyyy", u"dddd, MMMM d, yyyy", u"h:mm:ss tt"},
+    {"en_GB", u"dd/MM/yyyy", u"dd MMMM yyyy", u"HH:mm:ss"},
+    {"de_DE", u"dd.MM.yyyy", u"dddd, d. MMMM yyyy", u"HH:mm:ss"},
+    {"de_AT", u"dd.MM.yyyy", u"dddd, d. MMMM yyyy", u"HH:mm:ss"},
+    {"de_CH", u"dd.MM.yyyy", u"dddd, d. MMMM yyyy", u"HH:mm:ss"},
+    {"fr_FR", u"dd/MM/yyyy", u"dddd d MMMM yyyy", u"HH:mm:ss"},
+    {"it_IT", u"dd/MM/yyyy", u"dddd d MMMM yyyy", u"HH:mm:ss"},
+    {"es_ES", u"dd/MM/yyyy", u"dddd, d' de 'MMMM' de 'yyyy", u"H:mm:ss"},
+    {"nl_NL", u"d-M-yyyy", u"dddd d MMMM yyyy", u"HH:mm:ss"},
+    {"ja_JP", u"yyyy/MM/dd", u"yyyy'\u5e74'M'\u6708'd'\u65e5'", u"H:mm:ss"},
+    {"zh_CN", u"yyyy/M/d", u"yyyy'\u5e74'M'\u6708'd'\u65e5'", u"H:mm:ss"},
+};
+
+// ICU date patterns to the platform's picture strings: "a" is "tt", "EEEE" is "dddd", a lone
+// "y" or "yy" year is written with four digits as the platform's defaults do.
+String toWindowsPicture(const icu::UnicodeString& icuPattern) {
+  const String p = fromIcu(icuPattern);
+  String out;
+  for (std::size_t i = 0; i < p.size();) {
+    const char16_t c = p[i];
+    std::size_t run = 1;
+    while (i + run < p.size() && p[i + run] == c) ++run;
+    if (c == u'\'') {
+      const std::size_t end = p.find(u'\'', i + 1);
+      const std::size_t stop = end == String::npos ? p.size() : end + 1;
+      out.append(p, i, stop - i);
+      i = stop;
+      continue;
+    }
+    switch (c) {
+      case u'y':
+        out.append(u"yyyy");
+        break;
+      case u'a':
+        out.append(u"tt");
+        break;
+      case u'E':
+        out.append(run >= 4 ? u"dddd" : u"ddd");
+        break;
+      case u'L':
+        out.append(run, u'M');
+        break;
+      case u'k':
+        out.append(run, u'H');
+        break;
+      case u'K':
+        out.append(run, u'h');
+        break;
+      default:
+        out.append(run, c);
+        break;
+    }
+    i += run;
+  }
+  return out;
+}
+
+std::uint32_t ansiCodePageFor(std::string_view language, std::string_view country) {
+  struct Entry {
+    std::string_view language;
+    std::uint32_t cp;
+  };
+  static constexpr Entry kByLanguage[] = {
+      {"ja", 932},  {"ko", 949},  {"th", 874},  {"vi", 1258}, {"cs", 1250}, {"pl", 1250},
+      {"hu", 1250}, {"sk", 1250}, {"sl", 1250}, {"hr", 1250}, {"ro", 1250}, {"sq", 1250},
+      {"bs", 1250}, {"ru", 1251}, {"uk", 1251}, {"be", 1251}, {"bg", 1251}, {"mk", 1251},
+      {"sr", 1251}, {"kk", 1251}, {"el", 1253}, {"tr", 1254}, {"az", 1254}, {"he", 1255},
+      {"ar", 1256}, {"fa", 1256}, {"ur", 1256}, {"et", 1257}, {"lv", 1257}, {"lt", 1257},
+  };
+  if (language == "zh") {
+    return country == "TW" || country == "HK" || country == "MO" ? 950 : 936;
+  }
+  for (const auto& e : kByLanguage) {
+    if (e.language == language) return e.cp;
+  }
+  return 1252;
+}
+
+std::uint32_t oemCodePageFor(std::uint32_t ansi, std::string_view language,
+                             std::string_view country) {
+  switch (ansi) {
+    case 932:
+    case 936:
+    case 949:
+    case 950:
+    case 874:
+      return ansi;
+    case 1250:
+      return 852;
+    case 1251:
+      return 866;
+    case 1253:
+      return 737;
+    case 1254:
+      return 857;
+    case 1255:
+      return 862;
+    case 1256:
+      return 720;
+    case 1257:
+      return 775;
+    case 1258:
+      return 1258;
+    default:
+      return language == "en" && (country == "US" || country.empty()) ? 437 : 850;
+  }
+}
+
+std::shared_ptr<const RegionalSettings> build(const std::string& name) {
+  auto rs = std::make_shared<RegionalSettings>();
+  icu::Locale loc = icu::Locale::createCanonical(name.c_str());
+  if (loc.isBogus() || std::string_view(loc.getLanguage()).empty()) loc = icu::Locale("en", "US");
+  rs->localeName = loc.getLanguage();
+  if (*loc.getCountry() != '\0') rs->localeName += std::string("_") + loc.getCountry();
+  rs->lcid = uloc_getLCID(loc.getName());
+  if (rs->lcid == 0) rs->lcid = 0x0409;
+
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::DecimalFormatSymbols symbols(loc, status);
+  if (U_SUCCESS(status)) {
+    rs->decimalSeparator =
+        fromIcu(symbols.getSymbol(icu::DecimalFormatSymbols::kDecimalSeparatorSymbol));
+    rs->thousandSeparator =
+        fromIcu(symbols.getSymbol(icu::DecimalFormatSymbols::kGroupingSeparatorSymbol));
+    rs->currencySymbol = fromIcu(symbols.getSymbol(icu::DecimalFormatSymbols::kCurrencySymbol));
+  }
+  status = U_ZERO_ERROR;
+  const icu::DateFormatSymbols dates(loc, status);
+  if (U_SUCCESS(status)) {
+    using DFS = icu::DateFormatSymbols;
+    std::int32_t count = 0;
+    const auto* months = dates.getMonths(count, DFS::STANDALONE, DFS::WIDE);
+    for (std::int32_t i = 0; i < 12 && i < count; ++i) rs->monthNames[i] = fromIcu(months[i]);
+    const auto* shortMonths = dates.getMonths(count, DFS::STANDALONE, DFS::ABBREVIATED);
+    for (std::int32_t i = 0; i < 12 && i < count; ++i)
+      rs->abbrevMonthNames[i] = fromIcu(shortMonths[i]);
+    // ICU's weekday arrays are 1-based (index 0 unused), Sunday first.
+    const auto* days = dates.getWeekdays(count, DFS::STANDALONE, DFS::WIDE);
+    for (std::int32_t i = 1; i <= 7 && i < count; ++i) rs->dayNames[i - 1] = fromIcu(days[i]);
+    const auto* shortDays = dates.getWeekdays(count, DFS::FORMAT, DFS::ABBREVIATED);
+    for (std::int32_t i = 1; i <= 7 && i < count; ++i)
+      rs->abbrevDayNames[i - 1] = fromIcu(shortDays[i]);
+    const auto* ampm = dates.getAmPmStrings(count);
+    if (count >= 2) {
+      rs->am = fromIcu(ampm[0]);
+      rs->pm = fromIcu(ampm[1]);
+    }
+  }
+  auto picture = [&](icu::DateFormat::EStyle dateStyle, icu::DateFormat::EStyle timeStyle) {
+    std::unique_ptr<icu::DateFormat> f(
+        icu::DateFormat::createDateTimeInstance(dateStyle, timeStyle, loc));
+    icu::UnicodeString pattern;
+    if (auto* simple = dynamic_cast<icu::SimpleDateFormat*>(f.get())) simple->toPattern(pattern);
+    return toWindowsPicture(pattern);
+  };
+  rs->shortDate = picture(icu::DateFormat::kShort, icu::DateFormat::kNone);
+  rs->longDate = picture(icu::DateFormat::kFull, icu::DateFormat::kNone);
+  rs->timeFormat = picture(icu::DateFormat::kNone, icu::DateFormat::kMedium);
+  for (const auto& o : kOverrides) {
+    if (o.locale == rs->localeName) {
+      rs->shortDate = o.shortDate;
+      rs->longDate = o.longDate;
+      rs->timeFormat = o.timeFormat;
+    }
+  }
+  rs->ansiCodePage = ansiCodePageFor(loc.getLanguage(), loc.getCountry());
+  rs->oemCodePage = oemCodePageFor(rs->ansiCodePage, loc.getLanguage(), loc.getCountry());
+  return rs;
+}
+
+}  // namespace
+
+std::string userLocaleName(const char* categoryVariable) {
+  const char* candidates[] = {"LC_ALL", categoryVariable, "LANG"};
+  for (const char* var : candidates) {
+    if (var == nullptr) continue;
+    const char* value = std::getenv(var);
+    if (value == nullptr || *value == '\0') continue;
+    std::string name(value);
+    if (const auto cut = name.find_first_of(".@"); cut != std::string::npos) name.erase(cut);
+    if (name.empty() || name == "C" || name == "POSIX") return "en_US";
+    return name;
+  }
+  return "en_US";
+}
+
+std::shared_ptr<const RegionalSettings> regionalSettingsFor(const std::string& localeName) {
+  static std::mutex mutex;
+  static std::map<std::string, std::shared_ptr<const RegionalSettings>> cache;
+  const std::lock_guard lock(mutex);
+  auto& slot = cache[localeName];
+  if (!slot) slot = build(localeName);
+  return slot;
+}
+
+std::shared_ptr<const RegionalSettings> userRegionalSettings() {
+  return regionalSettingsFor(userLocaleName());
+}
+
+}  // namespace orvo::platform

@@ -1,0 +1,139 @@
+#include "support/test_support.hpp"
+
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+
+#include "frame/state.hpp"
+
+namespace orvo::test {
+
+namespace {
+
+String unescape(const std::string& field) {
+  std::string utf8;
+  String out;
+  auto flush = [&] {
+    out += fromUtf8(utf8);
+    utf8.clear();
+  };
+  for (std::size_t i = 0; i < field.size(); ++i) {
+    if (field[i] != '\\' || i + 1 == field.size()) {
+      utf8 += field[i];
+      continue;
+    }
+    const char next = field[++i];
+    switch (next) {
+      case '\\':
+        utf8 += '\\';
+        break;
+      case 't':
+        utf8 += '\t';
+        break;
+      case 'n':
+        utf8 += '\n';
+        break;
+      case 'r':
+        utf8 += '\r';
+        break;
+      case '0':
+        utf8 += '\0';
+        break;
+      case 'u': {
+        const auto close = field.find('}', i);
+        if (i + 1 >= field.size() || field[i + 1] != '{' || close == std::string::npos) {
+          throw std::runtime_error("bad \\u escape in golden field: " + field);
+        }
+        flush();
+        out += static_cast<char16_t>(std::stoul(field.substr(i + 2, close - i - 2), nullptr, 16));
+        i = close;
+        break;
+      }
+      default:
+        utf8 += '\\';
+        utf8 += next;
+    }
+  }
+  flush();
+  return out;
+}
+
+}  // namespace
+
+std::vector<GoldenRow> readGolden(const std::string& fileName) {
+  std::ifstream in(std::string(ORVO_GOLDEN_DIR) + "/" + fileName);
+  if (!in) throw std::runtime_error("cannot open golden file " + fileName);
+  std::vector<GoldenRow> rows;
+  std::string line;
+  int number = 0;
+  while (std::getline(in, line)) {
+    ++number;
+    if (line.empty() || line[0] == '#') continue;
+    GoldenRow row;
+    row.line = number;
+    std::size_t start = 0;
+    while (true) {
+      const auto tab = line.find('\t', start);
+      row.fields.push_back(
+          unescape(line.substr(start, tab == std::string::npos ? tab : tab - start)));
+      if (tab == std::string::npos) break;
+      start = tab + 1;
+    }
+    rows.push_back(std::move(row));
+  }
+  return rows;
+}
+
+double parseHexDouble(const String& field) { return std::strtod(toUtf8(field).c_str(), nullptr); }
+
+ScopedLocale::ScopedLocale(const char* localeName) {
+  if (const char* old = std::getenv("LC_ALL")) {
+    previous_ = old;
+    hadPrevious_ = true;
+  }
+  ::setenv("LC_ALL", localeName, 1);
+  frame::StaticGlobals::instance().setDecimalSeparatorCache({});
+}
+
+ScopedLocale::~ScopedLocale() {
+  if (hadPrevious_) {
+    ::setenv("LC_ALL", previous_.c_str(), 1);
+  } else {
+    ::unsetenv("LC_ALL");
+  }
+  frame::StaticGlobals::instance().setDecimalSeparatorCache({});
+}
+
+TraceCapture::TraceCapture()
+    : previous_(
+          frame::setTraceSink([this](std::u16string_view prefix, std::u16string_view message) {
+            prefixes_.emplace_back(prefix);
+            messages_.emplace_back(message);
+          })) {}
+
+TraceCapture::~TraceCapture() { frame::setTraceSink(std::move(previous_)); }
+
+std::string show(std::u16string_view s) {
+  std::string out;
+  for (const char16_t c : s) {
+    if (c >= 0x20 && c < 0x7F) {
+      out += static_cast<char>(c);
+    } else {
+      char buf[16];
+      std::snprintf(buf, sizeof buf, "\\u{%04X}", static_cast<unsigned>(c));
+      out += buf;
+    }
+  }
+  return out;
+}
+
+}  // namespace orvo::test
+
+// Tests never depend on the machine's locale: each starts from English (United States) unless
+// it sets a locale of its own.
+namespace {
+const bool kNeutralLocale = [] {
+  ::setenv("LC_ALL", "en_US.UTF-8", 1);
+  return true;
+}();
+}  // namespace

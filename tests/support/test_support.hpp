@@ -1,0 +1,53 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "frame/trace.hpp"
+#include "orvogeneric/types.hpp"
+
+namespace orvo::test {
+
+// A golden data file recorded from the Windows platform: TAB-separated fields, "#" comments.
+// Text fields are unescaped (\\ \t \n \r \0 and \u{HHHH} code units) into UTF-16.
+struct GoldenRow {
+  std::vector<String> fields;
+  int line = 0;
+};
+std::vector<GoldenRow> readGolden(const std::string& fileName);  // relative to tests/golden
+double parseHexDouble(const String& field);                      // C99 "%a" text
+
+// Sets LC_ALL (and clears the cached regional decimal separator) for the test's lifetime.
+class ScopedLocale {
+ public:
+  explicit ScopedLocale(const char* localeName);
+  ~ScopedLocale();
+  ScopedLocale(const ScopedLocale&) = delete;
+  ScopedLocale& operator=(const ScopedLocale&) = delete;
+
+ private:
+  std::string previous_;
+  bool hadPrevious_ = false;
+};
+
+// Captures library trace lines for the test's lifetime.
+class TraceCapture {
+ public:
+  TraceCapture();
+  ~TraceCapture();
+  TraceCapture(const TraceCapture&) = delete;
+  TraceCapture& operator=(const TraceCapture&) = delete;
+  [[nodiscard]] const std::vector<String>& messages() const { return messages_; }
+  [[nodiscard]] const std::vector<String>& prefixes() const { return prefixes_; }
+
+ private:
+  std::vector<String> messages_;
+  std::vector<String> prefixes_;
+  frame::TraceSink previous_;
+};
+
+// u"..." literals print readably in failure messages.
+std::string show(std::u16string_view s);
+
+}  // namespace orvo::test

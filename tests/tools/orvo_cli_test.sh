@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# The command-line tool end to end: exact output lines and exit codes.
+set -u
+orvo=$1
+fails=0
+export LC_ALL=en_US.UTF-8
+
+expect() {  # expect EXIT EXPECTED_OUTPUT -- ARGS...
+  local want_exit=$1 want=$2
+  shift 3
+  local got code
+  got=$("$orvo" "$@" 2>/dev/null)
+  code=$?
+  if [[ "$got" != "$want" || $code -ne $want_exit ]]; then
+    printf 'FAIL: orvo %s\n  want (%s): %s\n  got  (%s): %s\n' "$*" "$want_exit" "$want" "$code" "$got"
+    fails=$((fails + 1))
+  fi
+}
+
+expect 0 '{"result":"b of a","byref":{"Arguments":["a","b"]}}' -- call StringUtilities.ExpandString '%1 of %0' '["a","b"]'
+expect 0 '{"result":true,"byref":{"vArray":[1,5,5],"Index":1}}' -- call MathsUtilities.IsLongInArray 5 '[1,5,5]'
+expect 0 '{"result":false,"byref":{"vArray":[1,5,5],"Index":0}}' -- call MathsUtilities.IsLongInArray 5 '[1,5,5]' 'Forwards:=false'
+expect 1 '{"error":{"number":-2147220991,"description":"Maximum number of valid sig figs is 14\r\nError handled by dSigFigs","source":""}}' -- call MathsUtilities.RoundToNumSigFigs 1 15
+expect 1 '{"error":{"number":13,"description":"Type mismatch","source":""}}' -- call MathsUtilities.RoundUp abc
+expect 1 '{"error":{"number":438,"description":"Object doesn'"'"'t support this property or method: MathsUtilities.NoSuchThing","source":"orvo"}}' -- call MathsUtilities.NoSuchThing
+expect 1 '{"error":{"number":429,"description":"ActiveX component can'"'"'t create object: no class Nope","source":"orvo"}}' -- call Nope.Member
+expect 1 '{"error":{"number":449,"description":"Argument not optional","source":""}}' -- call MathsUtilities.RoundUp
+expect 1 '{"error":{"number":448,"description":"Named argument not found","source":""}}' -- call MathsUtilities.RoundUp Bogus:=1
+expect 0 '{"result":"allowed:"}' -- call StringUtilities.BannedCharExtender_Allowed
+expect 0 '{"result":"a\"b"}' -- call StringUtilities.EncodeQuotes '"a\"b"'
+expect 0 '{"result":"it`s"}' -- call StringUtilities.EncodeQuotes "it's"
+expect 0 '{"result":2}' -- call MathsUtilities.RoundUp 1.2
+expect 0 '{"result":true}' -- call StringUtilities.IsArrayInitialised '{"lbound":1,"items":[7]}'
+expect 0 '{"result":false}' -- call StringUtilities.IsArrayInitialised '{"lbound":0,"items":null}'
+
+# A batch keeps one process: the cached decimal separator and objects carry over; a bad line
+# gives an error line and the batch goes on.
+batch_out=$(printf '%s\n' \
+  '{"call":"StringUtilities.SplitOnSpaces","args":["  a   b "]}' \
+  'not json' \
+  '{"call":"StringUtilities.ValDbl","args":["2.5"]}' \
+  '{"call":"INI.SuppressORVOGenericLogging"}' \
+  '{"call":"StringUtilities.MakePath","args":["","C","temp","a","txt"]}' \
+  | "$orvo" batch)
+batch_want='{"result":["a","b"],"byref":{"NumWords":2}}
+{"error":{"number":5,"description":"Invalid procedure call or argument: a batch line is one JSON object","source":"orvo"}}
+{"result":2.5}
+{"result":null}
+{"result":null,"byref":{"FullPath":"C:\\temp\\a.txt"}}'
+if [[ "$batch_out" != "$batch_want" ]]; then
+  printf 'FAIL: batch\n  want: %s\n  got:  %s\n' "$batch_want" "$batch_out"
+  fails=$((fails + 1))
+fi
+
+if ((fails > 0)); then
+  echo "$fails orvo CLI check(s) failed"
+  exit 1
+fi
+echo "orvo CLI checks passed"

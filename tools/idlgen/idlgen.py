@@ -1,0 +1,322 @@
+#!/usr/bin/env python3
+"""Turns api/orvogeneric.idl into the public class declarations and the automation registry.
+
+One description feeds both, so a member's C++ signature (types, by-reference parameters,
+defaults) and what late binding knows about it cannot drift apart.
+
+usage: idlgen.py IDL OUTDIR
+writes OUTDIR/include/orvogeneric/classes.hpp and OUTDIR/src/registry_gen.cpp
+"""
+import os
+import re
+import sys
+
+SCALARS = {
+    # idl type: (in-parameter C++, value C++, coerce target)
+    "String": ("const String&", "String"),
+    "Variant": ("const Variant&", "Variant"),
+    "Boolean": ("VBool", "VBool"),
+    "Integer": ("std::int16_t", "std::int16_t"),
+    "Long": ("std::int32_t", "std::int32_t"),
+    "Single": ("float", "float"),
+    "Double": ("double", "double"),
+    "Byte": ("std::uint8_t", "std::uint8_t"),
+    "Currency": ("Currency", "Currency"),
+    "Date": ("Date", "Date"),
+    "Collection": ("const std::shared_ptr<Collection>&", "std::shared_ptr<Collection>"),
+}
+ENUMS = {
+    "orvoAlignConstants", "enumFindWindow", "enumCodePages", "enumFileEncoding",
+    "enumGetPathFromClipboardSearch", "CreateMutexEnum", "enumLOCALE_LCID",
+}
+
+
+class IdlError(Exception):
+    pass
+
+
+class Param:
+    def __init__(self, text, where):
+        m = re.fullmatch(
+            r"\s*(?P<inout>inout\s+)?(?P<opt>optional\s+)?(?P<type>\w+)(?P<arr>\[\])?\s+"
+            r"(?P<name>\w+)\s*(=\s*(?P<default>.+?))?\s*", text)
+        if not m:
+            raise IdlError(f"{where}: cannot read parameter '{text}'")
+        self.inout = bool(m["inout"])
+        self.type = m["type"]
+        self.array = bool(m["arr"])
+        self.name = m["name"]
+        self.default = m["default"]
+        self.optional = bool(m["opt"]) or self.default is not None
+        if self.type not in SCALARS and self.type not in ENUMS:
+            raise IdlError(f"{where}: unknown type {self.type}")
+        if self.optional and not self.inout and self.default is None and self.type != "Variant":
+            raise IdlError(f"{where}: optional {self.name} needs a default")
+
+    @property
+    def idl_type(self):
+        return self.type + ("[]" if self.array else "")
+
+    def value_type(self):
+        return SCALARS[self.type][1] if self.type in SCALARS else self.type
+
+    def cpp_decl(self):
+        if self.array:
+            decl = f"SafeArray& {self.name}"
+        elif self.inout and self.optional:
+            decl = f"{self.value_type()}* {self.name} = nullptr"
+            return decl
+        elif self.inout:
+            decl = f"{self.value_type()}& {self.name}"
+        else:
+            cpp = SCALARS[self.type][0] if self.type in SCALARS else self.type
+            decl = f"{cpp} {self.name}"
+        if self.optional and not self.inout:
+            decl += " = " + (cpp_default(self) if self.default is not None else "Variant::missing()")
+        return decl
+
+
+def cpp_default(p):
+    d = p.default
+    if p.type == "Boolean":
+        return {"True": "VBool::True", "False": "VBool::False"}[d]
+    if p.type == "String":
+        return "u" + d
+    if p.type in ENUMS:
+        return d
+    return d
+
+
+def variant_default(p):
+    d = p.default
+    if p.type == "Boolean":
+        return "Variant(" + cpp_default(p) + ")"
+    if p.type == "String":
+        return f"Variant(String(u{d}))"
+    if p.type in ENUMS:
+        return f"Variant(static_cast<std::int32_t>({d}))"
+    return f"Variant({p.value_type()}{{{d}}})"
+
+
+class Member:
+    def __init__(self, line, where, slot):
+        self.slot = slot
+        m = re.fullmatch(r"(?P<kind>get|let)\s+(?P<type>\w+)\s+(?P<name>\w+)", line)
+        if m:
+            self.kind = {"get": "PropertyGet", "let": "PropertyLet"}[m["kind"]]
+            self.name = m["name"]
+            if self.kind == "PropertyGet":
+                self.result = m["type"]
+                self.params = []
+            else:
+                self.result = "void"
+                self.params = [Param(f"{m['type']} RHS", where)]
+            return
+        m = re.fullmatch(r"(?P<result>\w+)\s+(?P<name>\w+)\((?P<params>.*)\)", line)
+        if not m:
+            raise IdlError(f"{where}: cannot read member '{line}'")
+        self.kind = "Method"
+        self.result = m["result"]
+        self.name = m["name"]
+        body = m["params"].strip()
+        self.params = [Param(p, where) for p in split_params(body)] if body else []
+        if self.result != "void" and self.result not in SCALARS and self.result not in ENUMS:
+            raise IdlError(f"{where}: unknown result type {self.result}")
+
+    def cpp_result(self):
+        if self.result == "void":
+            return "void"
+        return SCALARS[self.result][1] if self.result in SCALARS else self.result
+
+
+def split_params(body):
+    parts, cur, quoted = [], "", False
+    for ch in body:
+        if ch == '"':
+            quoted = not quoted
+        if ch == "," and not quoted:
+            parts.append(cur)
+            cur = ""
+        else:
+            cur += ch
+    parts.append(cur)
+    return parts
+
+
+class Klass:
+    def __init__(self, name, flags):
+        self.name = name
+        self.is_global = "global" in flags
+        self.creatable = "creatable" in flags
+        self.oncreate = "oncreate" in flags
+        self.members = []
+
+
+def parse(path):
+    classes, cur = [], None
+    with open(path, encoding="utf-8") as f:
+        for n, raw in enumerate(f, 1):
+            # Only whole-line comments: a default text may contain "#".
+            line = "" if raw.lstrip().startswith("#") else raw.strip()
+            if not line:
+                continue
+            where = f"{path}:{n}"
+            m = re.fullmatch(r"class\s+(\w+)((\s+\w+)*)", line)
+            if m:
+                if cur:
+                    raise IdlError(f"{where}: class inside class")
+                cur = Klass(m[1], m[2].split())
+                continue
+            if line == "end":
+                if not cur:
+                    raise IdlError(f"{where}: end without class")
+                classes.append(cur)
+                cur = None
+                continue
+            if not cur:
+                raise IdlError(f"{where}: member outside class")
+            cur.members.append(Member(line, where, len(cur.members) + 1))
+    if cur:
+        raise IdlError(f"{path}: class {cur.name} has no end")
+    return classes
+
+
+def gen_header(classes):
+    out = [
+        "#pragma once",
+        "",
+        "// Generated from api/orvogeneric.idl by tools/idlgen/idlgen.py; edit those, not this.",
+        "",
+        "#include <cstdint>",
+        "#include <memory>",
+        "#include <string_view>",
+        "",
+        '#include "orvogeneric/collection.hpp"',
+        '#include "orvogeneric/export.hpp"',
+        '#include "orvogeneric/types.hpp"',
+        '#include "orvogeneric/variant.hpp"',
+        "",
+        "namespace orvo {",
+        "",
+    ]
+    for c in classes:
+        out.append(f"class ORVO_API {c.name} : public Object {{")
+        out.append(" public:")
+        out.append(f"  {c.name}();")
+        out.append("  [[nodiscard]] std::string_view className() const noexcept override {")
+        out.append(f'    return "{c.name}";')
+        out.append("  }")
+        for m in c.members:
+            params = ", ".join(p.cpp_decl() for p in m.params)
+            if m.kind == "PropertyLet":
+                params = f"{m.params[0].cpp_decl().replace(' RHS', ' value')}"
+            out.append(f"  {m.cpp_result()} {m.name}({params});")
+        if c.oncreate:
+            out.append("")
+            out.append(" private:")
+            out.append("  void Class_Initialize();")
+        out.append("};")
+        out.append("")
+    out.append("}  // namespace orvo")
+    out.append("")
+    return "\n".join(out)
+
+
+def gen_registry(classes):
+    out = [
+        "// Generated from api/orvogeneric.idl by tools/idlgen/idlgen.py; edit those, not this.",
+        "",
+        '#include "automation/coerce.hpp"',
+        '#include "frame/state.hpp"',
+        '#include "orvogeneric/automation.hpp"',
+        '#include "orvogeneric/classes.hpp"',
+        "",
+        "namespace orvo {",
+        "",
+    ]
+    for c in classes:
+        body = "frame::main();" + (" Class_Initialize();" if c.oncreate else "")
+        out.append(f"{c.name}::{c.name}() {{ {body} }}")
+    out += ["", "}  // namespace orvo", "", "namespace orvo::automation {", "namespace {", ""]
+    for c in classes:
+        for m in c.members:
+            fn = f"{c.name}_{m.name}_{m.kind}"
+            out.append(f"Variant {fn}(Object& self, std::vector<Variant>& a) {{")
+            out.append(f"  auto& o = static_cast<{c.name}&>(self);")
+            call_args, after = [], []
+            for i, p in enumerate(m.params):
+                v = f"p{i}"
+                if p.array:
+                    out.append(f"  SafeArray& {v} = arrayArgument(a[{i}]);")
+                    call_args.append(v)
+                elif p.inout:
+                    out.append(f"  {p.value_type()} {v} = coerce<{p.value_type()}>(a[{i}]);")
+                    call_args.append(("&" if p.optional else "") + v)
+                    after.append(f"  a[{i}] = toVariant({v});")
+                else:
+                    out.append(f"  const {p.value_type()} {v} = coerce<{p.value_type()}>(a[{i}]);")
+                    call_args.append(v)
+            call = f"o.{m.name}({', '.join(call_args)})"
+            if m.result == "void":
+                out.append(f"  {call};")
+                out += after
+                out.append("  return Variant{};")
+            else:
+                out.append(f"  auto r = {call};")
+                out += after
+                out.append("  return toVariant(std::move(r));")
+            out.append("}")
+            out.append("")
+            if m.params:
+                out.append(f"const ParamInfo {fn}_params[] = {{")
+                for p in m.params:
+                    dflt = f"[] {{ return {variant_default(p)}; }}" if p.default is not None else "nullptr"
+                    direction = "Direction::InOut" if (p.inout or p.array) else "Direction::In"
+                    out.append(
+                        f'    {{"{p.name}", "{p.idl_type}", {direction}, {str(p.optional).lower()}, '
+                        f"{str(p.default is not None).lower()}, {dflt}}},")
+                out.append("};")
+                out.append("")
+        out.append(f"const MemberInfo {c.name}_members[] = {{")
+        for m in c.members:
+            fn = f"{c.name}_{m.name}_{m.kind}"
+            params = f"{fn}_params" if m.params else "std::span<const ParamInfo>{}"
+            out.append(f'    {{"{m.name}", MemberKind::{m.kind}, {m.slot}, {params}, "{m.result}", &{fn}}},')
+        out.append("};")
+        out.append("")
+    out.append("const ClassInfo kClasses[] = {")
+    for c in classes:
+        out.append(
+            f'    {{"{c.name}", {str(c.is_global).lower()}, {str(c.creatable).lower()}, '
+            f"[]() -> std::shared_ptr<Object> {{ return std::make_shared<{c.name}>(); }}, "
+            f"{c.name}_members}},")
+    out += ["};", "", "}  // namespace", "",
+            "std::span<const ClassInfo> classes() noexcept { return kClasses; }", "",
+            "}  // namespace orvo::automation", ""]
+    return "\n".join(out)
+
+
+def write_if_changed(path, text):
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    if os.path.exists(path):
+        with open(path, encoding="utf-8") as f:
+            if f.read() == text:
+                os.utime(path)
+                return
+    with open(path, "w", encoding="utf-8") as f:
+        f.write(text)
+
+
+def main():
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    try:
+        classes = parse(sys.argv[1])
+    except IdlError as e:
+        sys.exit(f"idlgen: {e}")
+    write_if_changed(os.path.join(sys.argv[2], "include/orvogeneric/classes.hpp"), gen_header(classes))
+    write_if_changed(os.path.join(sys.argv[2], "src/registry_gen.cpp"), gen_registry(classes))
+
+
+if __name__ == "__main__":
+    main()
