@@ -1,0 +1,140 @@
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "automation/coerce.hpp"
+#include "orvogeneric/automation.hpp"
+#include "orvogeneric/classes.hpp"
+#include "orvogeneric/error.hpp"
+#include "support/test_support.hpp"
+
+namespace orvo::automation {
+namespace {
+
+// A plausible value of each declared type, so that every member can be called.
+Variant sample(std::string_view type) {
+  if (type.ends_with("[]")) return Variant::array({Variant(std::int32_t{1}), Variant(u"b")});
+  if (type == "String") return Variant(u"a");
+  if (type == "Boolean") return Variant(VBool::False);
+  if (type == "Integer" || type == "Long" || type == "Byte") return Variant(std::int32_t{2});
+  if (type == "Single" || type == "Double" || type == "Currency") return Variant(2.5);
+  if (type == "Date") return Variant(Date{46000});
+  if (type == "Collection") return Variant(std::shared_ptr<Object>(std::make_shared<Collection>()));
+  if (type == "Variant") return Variant::array({Variant(std::int32_t{1})});
+  return Variant(std::int32_t{1});  // enumerations
+}
+
+TEST(RegistryTest, EveryRegisteredMemberInvokes) {
+  int invoked = 0;
+  for (const auto& cls : classes()) {
+    ASSERT_NE(cls.create, nullptr) << cls.name;
+    const auto object = cls.create();
+    EXPECT_EQ(object->className(), cls.name);
+    std::set<std::pair<std::string_view, MemberKind>> seen;
+    int slot = 0;
+    for (const auto& m : cls.members) {
+      EXPECT_EQ(m.slot, ++slot) << cls.name << "." << m.name << ": slots follow the declaration";
+      EXPECT_TRUE(seen.emplace(m.name, m.kind).second) << cls.name << "." << m.name << " twice";
+      std::vector<Variant> args;
+      for (const auto& p : m.params) {
+        args.push_back(sample(p.type));
+        EXPECT_EQ(p.hasDefault, p.defaultValue != nullptr) << cls.name << "." << m.name;
+      }
+      try {
+        (void)invoke(*object, m.name, args, {}, m.kind);
+      } catch (const Error& e) {
+        // The member ran and refused the sample (for example a sample text where a number is
+        // wanted); binding errors would mean the registry and the class disagree.
+        for (const int binding : {438, 448, 449, 450}) {
+          EXPECT_NE(e.number(), binding) << cls.name << "." << m.name << ": " << e.what();
+        }
+      }
+      ++invoked;
+    }
+  }
+  EXPECT_GE(invoked, 50);
+}
+
+TEST(RegistryTest, LookupIsCaseInsensitive) {
+  const auto* cls = findClass("stringutilities");
+  ASSERT_NE(cls, nullptr);
+  EXPECT_EQ(cls->name, "StringUtilities");
+  EXPECT_NE(findMember(*cls, "expandstring", MemberKind::Method), nullptr);
+  EXPECT_EQ(findMember(*cls, "BannedCharExtender_Allowed", MemberKind::Method), nullptr);
+  EXPECT_NE(findMember(*cls, "BannedCharExtender_Allowed", MemberKind::PropertyGet), nullptr);
+  EXPECT_EQ(findClass("NoSuchClass"), nullptr);
+}
+
+std::int32_t errorOf(const std::function<void()>& body) {
+  try {
+    body();
+  } catch (const Error& e) {
+    return e.number();
+  }
+  return 0;
+}
+
+TEST(InvokeTest, ArgumentsBindLikeAnAutomationHost) {
+  StringUtilities strings;
+  MathsUtilities maths;
+  struct Case {
+    const char* name;
+    std::function<void()> call;
+    std::int32_t error;
+  };
+  const std::vector<Case> cases = {
+      {"text where a number is wanted", [&] { invoke(maths, "RoundUp", {Variant(u"abc")}); }, 13},
+      {"numeric text is a number", [&] { invoke(maths, "RoundUp", {Variant(u"1.5")}); }, 0},
+      {"missing required", [&] { invoke(maths, "RoundUp", {}); }, 449},
+      {"too many", [&] { invoke(maths, "RoundUp", {Variant(1.0), Variant(2.0)}); }, 450},
+      {"unknown named", [&] { invoke(maths, "RoundUp", {}, {{"Bogus", Variant(1.0)}}); }, 448},
+      {"named twice", [&] { invoke(maths, "RoundUp", {Variant(1.0)}, {{"value", Variant(1.0)}}); },
+       450},
+      {"unknown member", [&] { invoke(maths, "Nope", {}); }, 438},
+      {"not an array", [&] { invoke(strings, "Maximum", {Variant(1.0)}); }, 13},
+      {"overflowing Integer", [&] { invoke(strings, "LongDirFix", {Variant(u"a"), Variant(40000.0)}); },
+       6},
+      {"object where text is wanted",
+       [&] { invoke(strings, "EncodeQuotes", {Variant(std::shared_ptr<Object>(std::make_shared<Collection>()))}); },
+       13},
+  };
+  for (const auto& c : cases) EXPECT_EQ(errorOf(c.call), c.error) << c.name;
+}
+
+TEST(InvokeTest, DefaultsNamedArgumentsAndByReferenceResults) {
+  StringUtilities strings;
+  // TrimInsideQuotes defaults to true, AddSingleQuotes named.
+  auto r = invoke(strings, "AddQuotesToString", {Variant(u"\" x \"")},
+                  {{"addsinglequotes", Variant(VBool::True)}});
+  EXPECT_EQ(*r.result.get<String>(), u"'x'");
+  EXPECT_TRUE(r.byref.empty());
+
+  r = invoke(strings, "SplitPath", {Variant(u"C:\\dir\\file.txt")});
+  ASSERT_EQ(r.byref.size(), 4U);
+  EXPECT_EQ(r.byref[0].first, "Drive");
+  EXPECT_EQ(*r.byref[0].second.get<String>(), u"C:");
+  EXPECT_EQ(*r.byref[1].second.get<String>(), u"\\dir\\");
+  EXPECT_EQ(*r.byref[3].second.get<String>(), u".txt");
+
+  r = invoke(strings, "SplitOnSpaces", {Variant(u" a b ")}, {{"TrimFirst", Variant(VBool::False)}});
+  EXPECT_EQ(r.byref.at(0).first, "NumWords");
+  EXPECT_EQ(*r.byref.at(0).second.get<std::int32_t>(), 4);
+
+  r = invoke(strings, "BannedCharExtender_Equals", {}, {}, MemberKind::PropertyGet);
+  EXPECT_EQ(*r.result.get<String>(), u"equals:");
+
+  MathsUtilities maths;
+  r = invoke(maths, "IsLongInArray", {Variant(5.0), Variant::array({Variant(1.0), Variant(5.0), Variant(5.0)})});
+  EXPECT_EQ(*r.result.get<VBool>(), VBool::True);
+  EXPECT_EQ(r.byref.at(1).first, "Index");
+  EXPECT_EQ(*r.byref.at(1).second.get<std::int32_t>(), 1);
+}
+
+TEST(InvokeTest, GlobalInstancesAreSharedAndOnlyForGlobalClasses) {
+  EXPECT_EQ(globalInstance("MathsUtilities"), globalInstance("mathsutilities"));
+  EXPECT_EQ(errorOf([] { (void)globalInstance("Collection"); }), 429);
+}
+
+}  // namespace
+}  // namespace orvo::automation
