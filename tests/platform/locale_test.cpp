@@ -1,0 +1,149 @@
+#include "platform/locale.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/codepage.hpp"
+#include "support/test_support.hpp"
+
+namespace orvo::platform {
+namespace {
+
+using test::show;
+
+class EnvironmentGuard {
+ public:
+  EnvironmentGuard() {
+    for (const char* v : kVars) {
+      const char* value = std::getenv(v);
+      saved_.emplace_back(v, value ? std::optional<std::string>(value) : std::nullopt);
+    }
+  }
+  ~EnvironmentGuard() {
+    for (const auto& [name, value] : saved_) {
+      if (value) {
+        ::setenv(name, value->c_str(), 1);
+      } else {
+        ::unsetenv(name);
+      }
+    }
+  }
+  EnvironmentGuard(const EnvironmentGuard&) = delete;
+  EnvironmentGuard& operator=(const EnvironmentGuard&) = delete;
+  static constexpr const char* kVars[] = {"LC_ALL", "LC_NUMERIC", "LC_TIME", "LANG"};
+
+ private:
+  std::vector<std::pair<const char*, std::optional<std::string>>> saved_;
+};
+
+void setOrUnset(const char* name, const char* value) {
+  if (value != nullptr) {
+    ::setenv(name, value, 1);
+  } else {
+    ::unsetenv(name);
+  }
+}
+
+TEST(LocaleTest, UserLocaleComesFromTheEnvironmentInPosixOrder) {
+  struct Case {
+    const char* lcAll;
+    const char* lcNumeric;
+    const char* lang;
+    const char* expected;
+  };
+  const Case cases[] = {
+      {"de_DE.UTF-8", "fr_FR.UTF-8", "it_IT", "de_DE"},
+      {"", "fr_FR.UTF-8", "it_IT", "fr_FR"},
+      {nullptr, nullptr, "it_IT.ISO-8859-1", "it_IT"},
+      {nullptr, nullptr, "sr_RS@latin", "sr_RS"},
+      {"C", "fr_FR", nullptr, "en_US"},
+      {"POSIX", nullptr, nullptr, "en_US"},
+      {nullptr, nullptr, nullptr, "en_US"},
+      {"C.UTF-8", nullptr, nullptr, "en_US"},
+  };
+  const EnvironmentGuard guard;
+  for (const auto& c : cases) {
+    setOrUnset("LC_ALL", c.lcAll);
+    setOrUnset("LC_NUMERIC", c.lcNumeric);
+    setOrUnset("LANG", c.lang);
+    EXPECT_EQ(userLocaleName(), c.expected) << (c.lcAll ? c.lcAll : "-") << " / "
+                                            << (c.lcNumeric ? c.lcNumeric : "-");
+  }
+}
+
+// The values the Windows platform gives for these locales (recorded under Wine, whose data is
+// CLDR-derived; where Windows itself differs the Windows value is asserted and Wine's ignored).
+TEST(LocaleTest, RegionalValuesMatchThePlatform) {
+  const auto rows = test::readGolden("locale_numbers.tsv");
+  struct Want {
+    const char* locale;
+    std::uint32_t lcid;
+  };
+  const Want locales[] = {{"en_US", 1033}, {"de_DE", 1031}, {"fr_FR", 1036}, {"ja_JP", 1041},
+                          {"zh_CN", 2052}, {"en_GB", 2057}, {"it_IT", 1040}};
+  int compared = 0;
+  for (const auto& want : locales) {
+    const auto rs = regionalSettingsFor(want.locale);
+    EXPECT_EQ(rs->lcid, want.lcid) << want.locale;
+    for (const auto& row : rows) {
+      if (row.fields[0] != fromUtf8(std::to_string(want.lcid))) continue;
+      const std::string type = toUtf8(row.fields[1]);
+      const String& value = row.fields[2];
+      const String* mine = nullptr;
+      if (type == "LOCALE_SDECIMAL") mine = &rs->decimalSeparator;
+      if (type == "LOCALE_SMONTHNAME1") mine = &rs->monthNames[0];
+      if (type == "LOCALE_SMONTHNAME12") mine = &rs->monthNames[11];
+      if (type == "LOCALE_SABBREVMONTHNAME3") mine = &rs->abbrevMonthNames[2];
+      if (type == "LOCALE_SABBREVMONTHNAME11") mine = &rs->abbrevMonthNames[10];
+      if (type == "LOCALE_SDAYNAME7") mine = &rs->dayNames[0];  // the platform counts from Monday
+      if (type == "LOCALE_STIMEFORMAT") mine = &rs->timeFormat;
+      if (type == "LOCALE_IDEFAULTANSICODEPAGE") {
+        EXPECT_EQ(fromUtf8(std::to_string(rs->ansiCodePage)), value) << want.locale;
+        ++compared;
+      }
+      if (mine != nullptr) {
+        EXPECT_EQ(show(*mine), show(value)) << want.locale << " " << type;
+        ++compared;
+      }
+    }
+  }
+  EXPECT_GE(compared, 40);
+}
+
+TEST(LocaleTest, WindowsDatePicturesWinOverCldr) {
+  // Wine's CLDR data says d.M.yyyy for German; Windows uses dd.MM.yyyy.
+  EXPECT_EQ(show(regionalSettingsFor("de_DE")->shortDate), "dd.MM.yyyy");
+  EXPECT_EQ(show(regionalSettingsFor("en_US")->shortDate), "M/d/yyyy");
+  EXPECT_EQ(show(regionalSettingsFor("en_US")->longDate), "dddd, MMMM d, yyyy");
+  EXPECT_EQ(show(regionalSettingsFor("de_DE")->thousandSeparator), ".");
+  EXPECT_EQ(regionalSettingsFor("no_such_locale")->decimalSeparator, u".");
+}
+
+TEST(CodePageTest, BytesInTheAnsiCodePage) {
+  struct Case {
+    std::uint32_t cp;
+    std::u16string_view text;
+    std::string_view bytes;
+  };
+  const Case cases[] = {
+      {1252, u"caf\u00e9", "caf\xE9"},
+      {1252, u"\u20ac", "\x80"},
+      {1252, u"\u3042", "?"},
+      {1252, u"\U0001F600", "??"},  // one default character per UTF-16 code unit
+      {932, u"\u3042", "\x82\xA0"},
+      {1251, u"\u20ac", "\x88"},
+      {936, u"\u3042", "\xA4\xA2"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(wideToMultiByte(c.cp, c.text), c.bytes) << c.cp << " " << show(c.text);
+  }
+  EXPECT_EQ(multiByteToWide(1252, "caf\xE9\x80"), u"caf\u00e9\u20ac");
+  EXPECT_EQ(multiByteToWide(932, "\x82\xA0"), u"\u3042");
+}
+
+}  // namespace
+}  // namespace orvo::platform
