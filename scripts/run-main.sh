@@ -11,7 +11,7 @@ orvo=build/release/tools/orvo/orvo
 for sample in samples/*.jsonl; do
   locale=$(sed -n 's/^# locale: //p' "${sample%.jsonl}.md" 2>/dev/null || true)
   echo "== $sample (${locale:-en_US.UTF-8})"
-  grep -v '^#' "$sample" | LC_ALL=${locale:-en_US.UTF-8} "$orvo" batch | paste -d '\n' <(grep -v '^#' "$sample" | sed 's/^/> /') -
+  grep -v '^#' "$sample" | env LC_ALL="${locale:-en_US.UTF-8}" "$orvo" batch | paste -d '\n' <(grep -v '^#' "$sample" | sed 's/^/> /') -
 done
 echo "== one call"
 "$orvo" call StringUtilities.ExpandString '%1 of %0' '["a","b"]'

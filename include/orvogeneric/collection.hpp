@@ -22,7 +22,6 @@ class ORVO_API Collection : public Object {
     return static_cast<std::int32_t>(entries_.size());
   }
   [[nodiscard]] const Variant& Item(std::int32_t index) const;
-  [[nodiscard]] const Variant& Item(const String& key) const;
   // By a variant index: a number is a position, text is a key.
   [[nodiscard]] const Variant& Item(const Variant& indexOrKey) const;
   void Remove(std::int32_t index);

@@ -239,14 +239,12 @@ const Variant& Collection::Item(std::int32_t index) const {
   return entries_[static_cast<std::size_t>(index - 1)].item;
 }
 
-const Variant& Collection::Item(const String& key) const {
-  const std::size_t i = find(key);
-  if (i == entries_.size()) runtime::raise(runtime::errInvalidProcedureCall);
-  return entries_[i].item;
-}
-
 const Variant& Collection::Item(const Variant& indexOrKey) const {
-  if (const auto* s = indexOrKey.get<String>()) return Item(*s);
+  if (const auto* key = indexOrKey.get<String>()) {
+    const std::size_t i = find(*key);
+    if (i == entries_.size()) runtime::raise(runtime::errInvalidProcedureCall);
+    return entries_[i].item;
+  }
   if (const auto* i = indexOrKey.get<std::int32_t>()) return Item(*i);
   if (const auto* i = indexOrKey.get<std::int16_t>()) return Item(std::int32_t{*i});
   if (const auto* d = indexOrKey.get<double>()) {

@@ -27,6 +27,7 @@ Variant sample(std::string_view type) {
 
 TEST(RegistryTest, EveryRegisteredMemberInvokes) {
   int invoked = 0;
+  int succeeded = 0;
   for (const auto& cls : classes()) {
     ASSERT_NE(cls.create, nullptr) << cls.name;
     const auto object = cls.create();
@@ -43,6 +44,7 @@ TEST(RegistryTest, EveryRegisteredMemberInvokes) {
       }
       try {
         (void)invoke(*object, m.name, args, {}, m.kind);
+        ++succeeded;
       } catch (const Error& e) {
         // The member ran and refused the sample (for example a sample text where a number is
         // wanted); binding errors would mean the registry and the class disagree.
@@ -53,7 +55,9 @@ TEST(RegistryTest, EveryRegisteredMemberInvokes) {
       ++invoked;
     }
   }
-  EXPECT_GE(invoked, 50);
+  EXPECT_GE(invoked, 45);
+  // Most members accept the plain samples; a registry whose invokers all failed would not.
+  EXPECT_GE(succeeded * 4, invoked * 3) << succeeded << " of " << invoked;
 }
 
 TEST(RegistryTest, LookupIsCaseInsensitive) {

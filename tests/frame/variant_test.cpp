@@ -79,7 +79,9 @@ TEST(VariantTest, TypesAndMissing) {
 TEST(VariantTest, CurrencyRoundsHalvesToEvenAndOverflows) {
   EXPECT_EQ(Currency::fromDouble(1.23455).scaled, 12346);  // binary 1.23455 is above the half
   EXPECT_EQ(Currency::fromDouble(0.00005).scaled, 0);
-  EXPECT_EQ(Currency::fromDouble(0.00015).scaled, 2);
+  EXPECT_EQ(Currency::fromDouble(0.00025).scaled, 2);
+  EXPECT_EQ(Currency::fromDouble(0.00035).scaled, 4);
+  EXPECT_EQ(Currency::fromDouble(-0.00025).scaled, -2);
   EXPECT_EQ(Currency::fromDouble(-2.5).scaled, -25000);
   EXPECT_EQ(errorNumber([] { (void)Currency::fromDouble(1e15); }), 6);
   EXPECT_EQ(errorNumber([] { (void)Currency::fromDouble(-1e300); }), 6);

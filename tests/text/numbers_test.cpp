@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "frame/state.hpp"
+#include "orvogeneric/error.hpp"
 #include "support/test_support.hpp"
 
 namespace orvo::text {

@@ -3,13 +3,13 @@
 set -u
 orvo=$1
 fails=0
-export LC_ALL=en_US.UTF-8
+
 
 expect() {  # expect EXIT EXPECTED_OUTPUT -- ARGS...
   local want_exit=$1 want=$2
   shift 3
   local got code
-  got=$("$orvo" "$@" 2>/dev/null)
+  got=$(env LC_ALL=en_US.UTF-8 "$orvo" "$@" 2>/dev/null)
   code=$?
   if [[ "$got" != "$want" || $code -ne $want_exit ]]; then
     printf 'FAIL: orvo %s\n  want (%s): %s\n  got  (%s): %s\n' "$*" "$want_exit" "$want" "$code" "$got"
@@ -41,7 +41,7 @@ batch_out=$(printf '%s\n' \
   '{"call":"StringUtilities.ValDbl","args":["2.5"]}' \
   '{"call":"INI.SuppressORVOGenericLogging"}' \
   '{"call":"StringUtilities.MakePath","args":["","C","temp","a","txt"]}' \
-  | "$orvo" batch)
+  | env LC_ALL=en_US.UTF-8 "$orvo" batch)
 batch_want='{"result":["a","b"],"byref":{"NumWords":2}}
 {"error":{"number":5,"description":"Invalid procedure call or argument: a batch line is one JSON object","source":"orvo"}}
 {"result":2.5}

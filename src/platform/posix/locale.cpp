@@ -39,7 +39,7 @@ constexpr WindowsOverride kOverrides[] = {
     {"es_ES", u"dd/MM/yyyy", u"dddd, d' de 'MMMM' de 'yyyy", u"H:mm:ss"},
     {"nl_NL", u"d-M-yyyy", u"dddd d MMMM yyyy", u"HH:mm:ss"},
     {"ja_JP", u"yyyy/MM/dd", u"yyyy'\u5e74'M'\u6708'd'\u65e5'", u"H:mm:ss"},
-    {"zh_CN", u"yyyy/M/d", u"yyyy'\u5e74'M'\u6708'd'\u65e5'", u"H:mm:ss"},
+    {"zh_CN", u"yyyy/M/d", u"yyyy'\u5e74'M'\u6708'd'\u65e5'", u"HH:mm:ss"},
 };
 
 // ICU date patterns to the platform's picture strings: "a" is "tt", "EEEE" is "dddd", a lone
