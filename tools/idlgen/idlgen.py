@@ -241,7 +241,7 @@ def gen_registry(classes):
     for c in classes:
         for m in c.members:
             fn = f"{c.name}_{m.name}_{m.kind}"
-            out.append(f"Variant {fn}(Object& self, std::vector<Variant>& a) {{")
+            out.append(f"Variant {fn}(Object& self, [[maybe_unused]] std::vector<Variant>& a) {{")
             out.append(f"  auto& o = static_cast<{c.name}&>(self);")
             call_args, after = [], []
             for i, p in enumerate(m.params):
