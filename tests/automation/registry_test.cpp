@@ -91,16 +91,33 @@ TEST(InvokeTest, ArgumentsBindLikeAnAutomationHost) {
       {"text where a number is wanted", [&] { invoke(maths, "RoundUp", {Variant(u"abc")}); }, 13},
       {"numeric text is a number", [&] { invoke(maths, "RoundUp", {Variant(u"1.5")}); }, 0},
       {"missing required", [&] { invoke(maths, "RoundUp", {}); }, 449},
-      {"too many", [&] { invoke(maths, "RoundUp", {Variant(1.0), Variant(2.0)}); }, 450},
-      {"unknown named", [&] { invoke(maths, "RoundUp", {}, {{"Bogus", Variant(1.0)}}); }, 448},
-      {"named twice", [&] { invoke(maths, "RoundUp", {Variant(1.0)}, {{"value", Variant(1.0)}}); },
+      {"too many",
+       [&] {
+         invoke(maths, "RoundUp", {Variant(1.0), Variant(2.0)});
+       },
+       450},
+      {"unknown named",
+       [&] {
+         invoke(maths, "RoundUp", {}, {{"Bogus", Variant(1.0)}});
+       },
+       448},
+      {"named twice",
+       [&] {
+         invoke(maths, "RoundUp", {Variant(1.0)}, {{"value", Variant(1.0)}});
+       },
        450},
       {"unknown member", [&] { invoke(maths, "Nope", {}); }, 438},
       {"not an array", [&] { invoke(strings, "Maximum", {Variant(1.0)}); }, 13},
-      {"overflowing Integer", [&] { invoke(strings, "LongDirFix", {Variant(u"a"), Variant(40000.0)}); },
+      {"overflowing Integer",
+       [&] {
+         invoke(strings, "LongDirFix", {Variant(u"a"), Variant(40000.0)});
+       },
        6},
       {"object where text is wanted",
-       [&] { invoke(strings, "EncodeQuotes", {Variant(std::shared_ptr<Object>(std::make_shared<Collection>()))}); },
+       [&] {
+         invoke(strings, "EncodeQuotes",
+                {Variant(std::shared_ptr<Object>(std::make_shared<Collection>()))});
+       },
        13},
   };
   for (const auto& c : cases) EXPECT_EQ(errorOf(c.call), c.error) << c.name;
@@ -129,7 +146,8 @@ TEST(InvokeTest, DefaultsNamedArgumentsAndByReferenceResults) {
   EXPECT_EQ(*r.result.get<String>(), u"equals:");
 
   MathsUtilities maths;
-  r = invoke(maths, "IsLongInArray", {Variant(5.0), Variant::array({Variant(1.0), Variant(5.0), Variant(5.0)})});
+  r = invoke(maths, "IsLongInArray",
+             {Variant(5.0), Variant::array({Variant(1.0), Variant(5.0), Variant(5.0)})});
   EXPECT_EQ(*r.result.get<VBool>(), VBool::True);
   EXPECT_EQ(r.byref.at(1).first, "Index");
   EXPECT_EQ(*r.byref.at(1).second.get<std::int32_t>(), 1);

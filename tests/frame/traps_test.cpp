@@ -1,12 +1,12 @@
 #include "frame/traps.hpp"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <memory>
 #include <string>
 #include <thread>
 #include <vector>
-#include <unistd.h>
 
 #include "frame/state.hpp"
 #include "frame/trace.hpp"
@@ -44,7 +44,8 @@ class FrameTest : public ::testing::Test {
 };
 
 int innermost() {
-  return frame::trap(u"Innermost", []() -> int { runtime::raise(runtime::errSubscriptOutOfRange); });
+  return frame::trap(u"Innermost",
+                     []() -> int { runtime::raise(runtime::errSubscriptOutOfRange); });
 }
 int middle() {
   return frame::trap(u"Middle", [] { return innermost(); });
@@ -107,9 +108,8 @@ TEST_F(FrameTest, MessageBoxFormShowsTheReportAndReturns) {
   auto ui = std::make_shared<RecordingUserInterface>();
   const auto previous = setUserInterface(ui);
   TraceCapture trace;
-  const int result = frame::trapAndShow(u"KeyPress", 42, []() -> int {
-    runtime::raise(runtime::errOverflow);
-  });
+  const int result =
+      frame::trapAndShow(u"KeyPress", 42, []() -> int { runtime::raise(runtime::errOverflow); });
   setUserInterface(previous);
   EXPECT_EQ(result, 42);
   ASSERT_EQ(ui->boxes.size(), 1U);

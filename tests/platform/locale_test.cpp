@@ -70,8 +70,8 @@ TEST(LocaleTest, UserLocaleComesFromTheEnvironmentInPosixOrder) {
     setOrUnset("LC_ALL", c.lcAll);
     setOrUnset("LC_NUMERIC", c.lcNumeric);
     setOrUnset("LANG", c.lang);
-    EXPECT_EQ(userLocaleName(), c.expected) << (c.lcAll ? c.lcAll : "-") << " / "
-                                            << (c.lcNumeric ? c.lcNumeric : "-");
+    EXPECT_EQ(userLocaleName(), c.expected)
+        << (c.lcAll ? c.lcAll : "-") << " / " << (c.lcNumeric ? c.lcNumeric : "-");
   }
 }
 
@@ -130,13 +130,9 @@ TEST(CodePageTest, BytesInTheAnsiCodePage) {
     std::string_view bytes;
   };
   const Case cases[] = {
-      {1252, u"caf\u00e9", "caf\xE9"},
-      {1252, u"\u20ac", "\x80"},
-      {1252, u"\u3042", "?"},
+      {1252, u"caf\u00e9", "caf\xE9"}, {1252, u"\u20ac", "\x80"}, {1252, u"\u3042", "?"},
       {1252, u"\U0001F600", "??"},  // one default character per UTF-16 code unit
-      {932, u"\u3042", "\x82\xA0"},
-      {1251, u"\u20ac", "\x88"},
-      {936, u"\u3042", "\xA4\xA2"},
+      {932, u"\u3042", "\x82\xA0"},    {1251, u"\u20ac", "\x88"}, {936, u"\u3042", "\xA4\xA2"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(wideToMultiByte(c.cp, c.text), c.bytes) << c.cp << " " << show(c.text);

@@ -38,9 +38,9 @@ TEST(NumbersTest, RegionalAndFixedTextInACommaRegion) {
     Variant in;
     double want;
   };
-  const Case cases[] = {{Variant(u"2,5"), 2.5},  {Variant(u"2.5"), 2.5}, {Variant(2.5), 2.5},
-                        {Variant(u"-100"), -100}, {Variant(u""), 0},     {Variant(u"abc"), 0},
-                        {Variant(u"1 0"), 10},    {Variant(u"10+"), 10}, {Variant(u"&H10"), 16}};
+  const Case cases[] = {{Variant(u"2,5"), 2.5},   {Variant(u"2.5"), 2.5}, {Variant(2.5), 2.5},
+                        {Variant(u"-100"), -100}, {Variant(u""), 0},      {Variant(u"abc"), 0},
+                        {Variant(u"1 0"), 10},    {Variant(u"10+"), 10},  {Variant(u"&H10"), 16}};
   for (const auto& c : cases) {
     EXPECT_EQ(ValDbl(c.in), c.want) << show(c.in.get<String>() ? *c.in.get<String>() : u"<num>");
   }
