@@ -70,22 +70,23 @@ ParsedNumber parseNumber(std::u16string_view s, const platform::RegionalSettings
     std::uint64_t value = 0;
     bool any = false;
     while (i < n && radixDigit(s[i]) >= 0 && radixDigit(s[i]) < radix) {
-      if (value > (std::numeric_limits<std::uint64_t>::max() >> 4)) {
+      const auto digit = static_cast<std::uint64_t>(radixDigit(s[i]));
+      if (value >
+          (std::numeric_limits<std::uint64_t>::max() - digit) / static_cast<std::uint64_t>(radix)) {
         result.status = ParseStatus::overflow;
         return result;
       }
-      value =
-          value * static_cast<std::uint64_t>(radix) + static_cast<std::uint64_t>(radixDigit(s[i]));
+      value = value * static_cast<std::uint64_t>(radix) + digit;
       any = true;
       ++i;
     }
     skipSpace();
-    if (!any || i != n ||
-        value > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
-      return result;
-    }
-    d = decimalFromInteger(static_cast<std::int64_t>(value));
+    if (!any || i != n) return result;
+    d.digits = std::to_string(value);
+    d.point = static_cast<int>(d.digits.size());
+    while (!d.digits.empty() && d.digits.back() == '0') d.digits.pop_back();
     d.negative = negative && !d.isZero();
+    if (d.isZero()) d.point = 0;
     result.status = ParseStatus::ok;
     result.value = std::move(d);
     return result;
