@@ -7,6 +7,7 @@
 
 #include "runtime/dates.hpp"
 #include "runtime/golden_cases.hpp"
+#include "runtime/numbers.hpp"
 
 namespace orvo::test {
 namespace {
@@ -352,6 +353,41 @@ TEST(ConvertCompare, VariantOrdering) {
               (void)rt::compareVariants(Variant::array({Variant(1.0)}), Variant(1.0), en());
             }),
             13);
+}
+
+}  // namespace
+}  // namespace orvo::test
+
+namespace orvo::test {
+namespace {
+
+// Text made at random from the characters the readers care about: every coercion returns a
+// value or raises its numbered error, and IsNumeric agrees with CDbl.
+TEST(ConvertRobustness, RandomTextGivesAValueOrANumberedError) {
+  const std::u16string_view alphabet = u"0123456789.,eEdD+-&HhOo ()$\u20AC:/APMamp\u00E4Nov\t";
+  std::uint32_t seed = 7;
+  auto next = [&seed] {
+    seed = seed * 1664525U + 1013904223U;
+    return seed >> 8;
+  };
+  int numbers = 0;
+  for (int i = 0; i < 20000; ++i) {
+    String text;
+    const std::uint32_t length = next() % 14;
+    for (std::uint32_t k = 0; k < length; ++k) text += alphabet[next() % alphabet.size()];
+    const Variant v(text);
+    for (const auto* rs : {&en(), &de()}) {
+      const int cdbl = errorOf([&] { (void)rt::CDbl(v, *rs); });
+      EXPECT_TRUE(cdbl == 0 || cdbl == 6 || cdbl == 13) << cdbl << " [" << show(text) << "]";
+      EXPECT_EQ(rt::IsNumeric(v, *rs), cdbl == 0) << show(text);
+      numbers += cdbl == 0 ? 1 : 0;
+      const int cdate = errorOf([&] { (void)rt::CDate(v, *rs); });
+      EXPECT_TRUE(cdate == 0 || cdate == 13) << cdate << " [" << show(text) << "]";
+      const int val = errorOf([&] { (void)rt::Val(text); });
+      EXPECT_TRUE(val == 0 || val == 6) << val << " [" << show(text) << "]";
+    }
+  }
+  EXPECT_GT(numbers, 100);
 }
 
 }  // namespace

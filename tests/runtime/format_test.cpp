@@ -521,3 +521,53 @@ TEST(FormatErrors, BadValuesRaiseNumberedErrors) {
 
 }  // namespace
 }  // namespace orvo::test
+
+namespace orvo::test {
+namespace {
+
+// Patterns built at random from the characters that mean something to Format, applied to
+// values of every kind: each call returns text or raises a numbered error, never anything else
+// (the sanitizer build turns any memory fault into a failure).
+TEST(FormatRobustness, RandomPatternsGiveTextOrANumberedError) {
+  const std::u16string_view alphabet = u"0#.,%Ee+-;\"\\@&<>!dmyhnswqtcAaMPp/: $()x";
+  const Variant values[] = {Variant(),
+                            Variant(0.0),
+                            Variant(-1234.5678),
+                            Variant(1e300),
+                            Variant(-4.9e-324),
+                            Variant(2.5F),
+                            Variant(Currency{INT64_MIN}),
+                            Variant(Date{46341.2}),
+                            Variant(Date{-657434.5}),
+                            Variant(VBool::True),
+                            Variant(static_cast<std::int16_t>(-32768)),
+                            Variant(u"12,5"),
+                            Variant(u"text"),
+                            Variant(u"")};
+  std::uint32_t seed = 20261115;
+  auto next = [&seed] {
+    seed = seed * 1664525U + 1013904223U;
+    return seed >> 8;
+  };
+  int formatted = 0;
+  for (int i = 0; i < 3000; ++i) {
+    String pattern;
+    const std::uint32_t length = next() % 12;
+    for (std::uint32_t k = 0; k < length; ++k) pattern += alphabet[next() % alphabet.size()];
+    for (const Variant& v : values) {
+      for (const auto* rs : {&en(), &de()}) {
+        try {
+          (void)Format(v, pattern, *rs);
+          ++formatted;
+        } catch (const Error& e) {
+          EXPECT_TRUE(e.number() == 5 || e.number() == 6 || e.number() == 13)
+              << e.number() << " for [" << show(pattern) << "]";
+        }
+      }
+    }
+  }
+  EXPECT_GT(formatted, 3000 * 14);
+}
+
+}  // namespace
+}  // namespace orvo::test
