@@ -22,7 +22,10 @@ std::int16_t CIntV(const Variant& value, const platform::RegionalSettings& rs);
 std::int32_t CLngV(const Variant& value, const platform::RegionalSettings& rs);
 float CSngV(const Variant& value, const platform::RegionalSettings& rs);
 std::uint8_t CByteV(const Variant& value, const platform::RegionalSettings& rs);
+// Text converts with all its digits, halves to even at the fourth decimal.
 Currency CCur(const Variant& value, const platform::RegionalSettings& rs);
+// Text is read as a date and/or time in the regional settings (Type mismatch when it is not
+// one); numbers are serials, Overflow (6) outside the date range.
 Date CDate(const Variant& value, const platform::RegionalSettings& rs);
 // Numbers: non-zero is True; text "True"/"False" (any case) or a number.
 VBool CBool(const Variant& value, const platform::RegionalSettings& rs);

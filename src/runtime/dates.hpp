@@ -24,7 +24,8 @@ struct DateParts {
 // A result outside 100-01-01..9999-12-31 raises Invalid procedure call (5).
 Date DateSerial(int year, int month, int day);
 Date TimeSerial(int hour, int minute, int second);
-// Splits a serial into calendar parts, rounding to the nearest second.
+// Splits a serial into calendar parts, rounding to the nearest second (23:59:59.6 is midnight of
+// the next day). Serials outside 100-01-01..9999-12-31 raise Invalid procedure call (5).
 DateParts splitDate(Date date);
 // The current local date and time.
 Date Now();
