@@ -65,7 +65,7 @@ class ORVO_API SafeArray {
   // Both raise "Subscript out of range" (9) when never dimensioned.
   [[nodiscard]] std::int32_t lowerBound() const;
   [[nodiscard]] std::int32_t upperBound() const;
-  [[nodiscard]] std::size_t size() const noexcept { return items_.size(); }
+  [[nodiscard]] std::size_t size() const noexcept;
   // Raises 9 outside the bounds.
   [[nodiscard]] Variant& at(std::int32_t index);
   [[nodiscard]] const Variant& at(std::int32_t index) const;
@@ -156,5 +156,8 @@ class ORVO_API Variant {
                              std::unique_ptr<SafeArray>>;
   Value value_;
 };
+
+// Defined once Variant is complete: the element type of items_ must be known to ask its size.
+inline std::size_t SafeArray::size() const noexcept { return items_.size(); }
 
 }  // namespace orvo

@@ -1,6 +1,7 @@
 #include "platform/locale.hpp"
 
 #include <unicode/dcfmtsym.h>
+#include <unicode/decimfmt.h>
 #include <unicode/dtfmtsym.h>
 #include <unicode/locid.h>
 #include <unicode/smpdtfmt.h>
@@ -86,6 +87,25 @@ String toWindowsPicture(const icu::UnicodeString& icuPattern) {
   return out;
 }
 
+// The platform numbers currency layouts (positive: 0 "$1", 1 "1$", 2 "$ 1", 3 "1 $"; negative:
+// 0 "($1)", 1 "-$1", 5 "-1$", 8 "-1 $", 9 "-$ 1"); ICU describes them as a pattern with the
+// currency sign before or after the number, with or without a space.
+void setCurrencyModes(RegionalSettings& rs, const String& pattern) {
+  const String positive = pattern.substr(0, pattern.find(u';'));
+  const auto sign = positive.find(u'\u00a4');
+  const auto digit = positive.find_first_of(u"#0");
+  if (sign == String::npos || digit == String::npos) return;
+  const bool before = sign < digit;
+  const String between = before ? positive.substr(sign + 1, digit - sign - 1)
+                                : positive.substr(positive.find_last_of(u"#0") + 1,
+                                                  sign - positive.find_last_of(u"#0") - 1);
+  const bool spaced = between.find_first_of(u" \u00a0\u202f") != String::npos;
+  rs.currencyPositiveMode = before ? (spaced ? 2 : 0) : (spaced ? 3 : 1);
+  rs.currencyNegativeMode = before ? (spaced ? 9 : 1) : (spaced ? 8 : 5);
+  // English (United States) keeps the accounting parentheses.
+  if (rs.localeName == "en_US") rs.currencyNegativeMode = 0;
+}
+
 std::uint32_t ansiCodePageFor(std::string_view language, std::string_view country) {
   struct Entry {
     std::string_view language;
@@ -156,6 +176,16 @@ std::shared_ptr<const RegionalSettings> build(const std::string& name) {
     rs->currencySymbol = fromIcu(symbols.getSymbol(icu::DecimalFormatSymbols::kCurrencySymbol));
   }
   status = U_ZERO_ERROR;
+  std::unique_ptr<icu::NumberFormat> currency(
+      icu::NumberFormat::createInstance(loc, UNUM_CURRENCY, status));
+  if (auto* decimal = dynamic_cast<icu::DecimalFormat*>(currency.get());
+      U_SUCCESS(status) && decimal) {
+    icu::UnicodeString pattern;
+    decimal->toPattern(pattern);
+    setCurrencyModes(*rs, fromIcu(pattern));
+    rs->currencyDigits = decimal->getMaximumFractionDigits();
+  }
+  status = U_ZERO_ERROR;
   const icu::DateFormatSymbols dates(loc, status);
   if (U_SUCCESS(status)) {
     using DFS = icu::DateFormatSymbols;
@@ -187,6 +217,12 @@ std::shared_ptr<const RegionalSettings> build(const std::string& name) {
   rs->shortDate = picture(icu::DateFormat::kShort, icu::DateFormat::kNone);
   rs->longDate = picture(icu::DateFormat::kFull, icu::DateFormat::kNone);
   rs->timeFormat = picture(icu::DateFormat::kNone, icu::DateFormat::kMedium);
+  if (std::string_view(loc.getLanguage()) == "de") {
+    // The platform abbreviates German weekdays without CLDR's period ("So", not "So.").
+    for (auto& day : rs->abbrevDayNames) {
+      if (!day.empty() && day.back() == u'.') day.pop_back();
+    }
+  }
   for (const auto& o : kOverrides) {
     if (o.locale == rs->localeName) {
       rs->shortDate = o.shortDate;
