@@ -127,7 +127,9 @@ TEST(MathsTest, SigFigsRejectsBadCountsAndOverflow) {
     SCOPED_TRACE(c.figures);
     const Error e = errorOf([&] { (void)dSigFigs(c.value, c.figures); });
     EXPECT_EQ(e.number(), c.number);
-    if (!c.description.empty()) EXPECT_EQ(e.description(), c.description);
+    if (!c.description.empty()) {
+      EXPECT_EQ(e.description(), c.description);
+    }
   }
 }
 
