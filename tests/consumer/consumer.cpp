@@ -15,9 +15,10 @@ int main() {
   } catch (const orvo::Error& e) {
     if (e.number() != orvo::kLibraryErrorNumber) return 1;
   }
-  const auto call = orvo::automation::invoke(strings, "ExpandString",
-                                             {orvo::Variant(u"x%0y"), orvo::Variant(u"-")});
+  const auto call = orvo::automation::invoke(
+      strings, "ExpandString",
+      {orvo::Variant(u"x%0y"), orvo::Variant::array({orvo::Variant(u"-")})});
   std::printf("%s %s\n", orvo::toUtf8(expanded).c_str(),
               orvo::toUtf8(*call.result.get<orvo::String>()).c_str());
-  return expanded == u"b of a" && *call.result.get<orvo::String>() == u"xy" ? 0 : 1;
+  return expanded == u"b of a" && *call.result.get<orvo::String>() == u"x-y" ? 0 : 1;
 }
