@@ -31,8 +31,9 @@ cmake --build build/fuzz -j "$jobs"
 for target in build/fuzz/fuzz/*_fuzz; do
   name=$(basename "$target" _fuzz)
   corpus=$(mktemp -d)
-  cp -r "fuzz/corpus/$name/." "$corpus/" 2>/dev/null || true
-  "$target" -max_total_time="${ORVO_FUZZ_SECONDS:-15}" -print_final_stats=0 "$corpus" 2>&1 | tail -n 2
+  cp -r "fuzz/corpus/${name}_fuzz/." "$corpus/" 2>/dev/null || true
+  printf "%s: " "$name"
+  "$target" -max_total_time="${ORVO_FUZZ_SECONDS:-15}" "$corpus" 2>&1 | grep -E "^Done|ERROR|SUMMARY"
   rm -rf "$corpus"
 done
 echo "== all checks passed"
