@@ -12,6 +12,8 @@
 namespace orvo::automation {
 namespace {
 
+using test::errorNumber;
+
 // A plausible value of each declared type, so that every member can be called.
 Variant sample(std::string_view type) {
   if (type.ends_with("[]")) return Variant::array({Variant(std::int32_t{1}), Variant(u"b")});
@@ -70,15 +72,6 @@ TEST(RegistryTest, LookupIsCaseInsensitive) {
   EXPECT_EQ(findClass("NoSuchClass"), nullptr);
 }
 
-std::int32_t errorOf(const std::function<void()>& body) {
-  try {
-    body();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
-
 TEST(InvokeTest, ArgumentsBindLikeAnAutomationHost) {
   StringUtilities strings;
   MathsUtilities maths;
@@ -120,7 +113,7 @@ TEST(InvokeTest, ArgumentsBindLikeAnAutomationHost) {
        },
        13},
   };
-  for (const auto& c : cases) EXPECT_EQ(errorOf(c.call), c.error) << c.name;
+  for (const auto& c : cases) EXPECT_EQ(errorNumber(c.call), c.error) << c.name;
 }
 
 TEST(InvokeTest, DefaultsNamedArgumentsAndByReferenceResults) {
@@ -155,7 +148,7 @@ TEST(InvokeTest, DefaultsNamedArgumentsAndByReferenceResults) {
 
 TEST(InvokeTest, GlobalInstancesAreSharedAndOnlyForGlobalClasses) {
   EXPECT_EQ(globalInstance("MathsUtilities"), globalInstance("mathsutilities"));
-  EXPECT_EQ(errorOf([] { (void)globalInstance("Collection"); }), 429);
+  EXPECT_EQ(errorNumber([] { (void)globalInstance("Collection"); }), 429);
 }
 
 }  // namespace

@@ -4,18 +4,12 @@
 
 #include "orvogeneric/collection.hpp"
 #include "orvogeneric/error.hpp"
+#include "support/test_support.hpp"
 
 namespace orvo {
 namespace {
 
-std::int32_t errorNumber(const std::function<void()>& body) {
-  try {
-    body();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
+using test::errorNumber;
 
 TEST(VariantTest, NeverDimensionedDiffersFromEmptyArray) {
   const SafeArray never(VarType::String);

@@ -8,6 +8,7 @@
 #include "runtime/dates.hpp"
 #include "runtime/golden_cases.hpp"
 #include "runtime/numbers.hpp"
+#include "support/test_support.hpp"
 
 namespace orvo::test {
 namespace {
@@ -17,15 +18,6 @@ namespace rt = orvo::runtime;
 
 const platform::RegionalSettings& en() { return settingsFor("1033"); }
 const platform::RegionalSettings& de() { return settingsFor("1031"); }
-
-int errorOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
 
 class Thing : public Object {
  public:
@@ -76,7 +68,7 @@ TEST(ConvertCStr, EachVariantType) {
     EXPECT_EQ(show(rt::CStr(c.value, de())), show(c.de)) << typeName(c.value.type());
   }
   for (const Refused& r : refusedValues()) {
-    EXPECT_EQ(errorOf([&] { (void)rt::CStr(r.value, en()); }), r.error) << r.what;
+    EXPECT_EQ(errorNumber([&] { (void)rt::CStr(r.value, en()); }), r.error) << r.what;
   }
 }
 
@@ -134,7 +126,7 @@ TEST(ConvertCDbl, NumericTextInTheRegionalSettings) {
     for (const auto& [rs, expected] : {std::pair{&en(), c.en}, std::pair{&de(), c.de}}) {
       const Variant v(c.text);
       if (std::isnan(expected)) {
-        EXPECT_EQ(errorOf([&] { (void)rt::CDbl(v, *rs); }), 13)
+        EXPECT_EQ(errorNumber([&] { (void)rt::CDbl(v, *rs); }), 13)
             << show(c.text) << " in " << rs->localeName;
         EXPECT_FALSE(rt::IsNumeric(v, *rs)) << show(c.text) << " in " << rs->localeName;
       } else {
@@ -143,8 +135,8 @@ TEST(ConvertCDbl, NumericTextInTheRegionalSettings) {
       }
     }
   }
-  EXPECT_EQ(errorOf([] { (void)rt::CDbl(Variant(u"1e400"), en()); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CDbl(Variant(u"&H1FFFFFFFFFFFFFFFF"), en()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CDbl(Variant(u"1e400"), en()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CDbl(Variant(u"&H1FFFFFFFFFFFFFFFF"), en()); }), 6);
 }
 
 TEST(ConvertCDbl, OtherVariantTypes) {
@@ -154,7 +146,7 @@ TEST(ConvertCDbl, OtherVariantTypes) {
   EXPECT_EQ(rt::CDbl(Variant(Date{1.5}), en()), 1.5);
   EXPECT_EQ(rt::CDbl(Variant(0.1F), en()), static_cast<double>(0.1F));
   for (const Refused& r : refusedValues()) {
-    EXPECT_EQ(errorOf([&] { (void)rt::CDbl(r.value, en()); }), r.error) << r.what;
+    EXPECT_EQ(errorNumber([&] { (void)rt::CDbl(r.value, en()); }), r.error) << r.what;
   }
 }
 
@@ -167,14 +159,14 @@ TEST(ConvertIntegers, RoundHalvesToEvenFromAnyType) {
   EXPECT_EQ(rt::CLngV(Variant(u"&HFFFF"), en()), 65535);
   EXPECT_EQ(rt::CByteV(Variant(u"255"), en()), 255);
   EXPECT_EQ(rt::CSngV(Variant(u"0.1"), en()), 0.1F);
-  EXPECT_EQ(errorOf([] { (void)rt::CIntV(Variant(u"32768"), en()); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CIntV(Variant(u"&HFFFF"), en()); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CLngV(Variant(u"2147483648"), en()); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CLngV(Variant(-2147483649.0), en()); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CByteV(Variant(u"-1"), en()); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CSngV(Variant(u"1e39"), en()); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CLngV(Variant(u"ten"), en()); }), 13);
-  EXPECT_EQ(errorOf([] { (void)rt::CIntV(Variant(Null{}), en()); }), 94);
+  EXPECT_EQ(errorNumber([] { (void)rt::CIntV(Variant(u"32768"), en()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CIntV(Variant(u"&HFFFF"), en()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CLngV(Variant(u"2147483648"), en()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CLngV(Variant(-2147483649.0), en()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CByteV(Variant(u"-1"), en()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CSngV(Variant(u"1e39"), en()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CLngV(Variant(u"ten"), en()); }), 13);
+  EXPECT_EQ(errorNumber([] { (void)rt::CIntV(Variant(Null{}), en()); }), 94);
 }
 
 TEST(ConvertCCur, TextKeepsAllItsDigits) {
@@ -201,12 +193,12 @@ TEST(ConvertCCur, TextKeepsAllItsDigits) {
   EXPECT_EQ(rt::CCur(Variant(u"2,5"), de()).scaled, 25000);
   EXPECT_EQ(rt::CCur(Variant(2.5), en()).scaled, 25000);
   EXPECT_EQ(rt::CCur(Variant(Currency{7}), en()).scaled, 7);
-  EXPECT_EQ(errorOf([] { (void)rt::CCur(Variant(u"922337203685477.5808"), en()); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CCur(Variant(u"1e16"), en()); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CCur(Variant(u"x"), en()); }), 13);
-  EXPECT_EQ(errorOf([] { (void)rt::CCur(Variant(1e300), en()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CCur(Variant(u"922337203685477.5808"), en()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CCur(Variant(u"1e16"), en()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CCur(Variant(u"x"), en()); }), 13);
+  EXPECT_EQ(errorNumber([] { (void)rt::CCur(Variant(1e300), en()); }), 6);
   for (const Refused& r : refusedValues()) {
-    EXPECT_EQ(errorOf([&] { (void)rt::CCur(r.value, en()); }), r.error) << r.what;
+    EXPECT_EQ(errorNumber([&] { (void)rt::CCur(r.value, en()); }), r.error) << r.what;
   }
 }
 
@@ -253,7 +245,7 @@ TEST(ConvertCDate, TextInTheRegionalSettings) {
                                 u"25:00", u"13:00 PM",     u"1/2/3/4",   u"12:61",
                                 u"46341", u"11/15/2026 x", u"AM",        u"1/1/10000"};
   for (const char16_t* text : rejected) {
-    EXPECT_EQ(errorOf([&] { (void)rt::CDate(Variant(text), en()); }), 13) << show(text);
+    EXPECT_EQ(errorNumber([&] { (void)rt::CDate(Variant(text), en()); }), 13) << show(text);
   }
 }
 
@@ -262,10 +254,10 @@ TEST(ConvertCDate, NumbersAreSerials) {
   EXPECT_EQ(rt::CDate(Variant(static_cast<std::int32_t>(2)), en()).serial, 2);
   EXPECT_EQ(rt::CDate(Variant(VBool::True), en()).serial, -1);
   EXPECT_EQ(rt::CDate(Variant(Date{7.25}), en()).serial, 7.25);
-  EXPECT_EQ(errorOf([] { (void)rt::CDate(Variant(2958466.0), en()); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CDate(Variant(-657435.0), en()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CDate(Variant(2958466.0), en()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CDate(Variant(-657435.0), en()); }), 6);
   for (const Refused& r : refusedValues()) {
-    EXPECT_EQ(errorOf([&] { (void)rt::CDate(r.value, en()); }), r.error) << r.what;
+    EXPECT_EQ(errorNumber([&] { (void)rt::CDate(r.value, en()); }), r.error) << r.what;
   }
 }
 
@@ -290,10 +282,10 @@ TEST(ConvertCBool, NumbersAndWords) {
   for (const Case& c : table) {
     EXPECT_EQ(rt::CBool(c.value, en()), c.expected) << typeName(c.value.type());
   }
-  EXPECT_EQ(errorOf([] { (void)rt::CBool(Variant(u"yes"), en()); }), 13);
-  EXPECT_EQ(errorOf([] { (void)rt::CBool(Variant(u""), en()); }), 13);
+  EXPECT_EQ(errorNumber([] { (void)rt::CBool(Variant(u"yes"), en()); }), 13);
+  EXPECT_EQ(errorNumber([] { (void)rt::CBool(Variant(u""), en()); }), 13);
   for (const Refused& r : refusedValues()) {
-    EXPECT_EQ(errorOf([&] { (void)rt::CBool(r.value, en()); }), r.error) << r.what;
+    EXPECT_EQ(errorNumber([&] { (void)rt::CBool(r.value, en()); }), r.error) << r.what;
   }
 }
 
@@ -347,9 +339,11 @@ TEST(ConvertCompare, VariantOrdering) {
         << typeName(c.a.type()) << " vs " << typeName(c.b.type());
   }
   EXPECT_EQ(rt::compareVariants(Variant(u"2,5"), Variant(2.5), de()), 0);
-  EXPECT_EQ(errorOf([] { (void)rt::compareVariants(Variant(Null{}), Variant(1.0), en()); }), 94);
-  EXPECT_EQ(errorOf([] { (void)rt::compareVariants(Variant(1.0), Variant(Null{}), en()); }), 94);
-  EXPECT_EQ(errorOf([] {
+  EXPECT_EQ(errorNumber([] { (void)rt::compareVariants(Variant(Null{}), Variant(1.0), en()); }),
+            94);
+  EXPECT_EQ(errorNumber([] { (void)rt::compareVariants(Variant(1.0), Variant(Null{}), en()); }),
+            94);
+  EXPECT_EQ(errorNumber([] {
               (void)rt::compareVariants(Variant::array({Variant(1.0)}), Variant(1.0), en());
             }),
             13);
@@ -377,13 +371,13 @@ TEST(ConvertRobustness, RandomTextGivesAValueOrANumberedError) {
     for (std::uint32_t k = 0; k < length; ++k) text += alphabet[next() % alphabet.size()];
     const Variant v(text);
     for (const auto* rs : {&en(), &de()}) {
-      const int cdbl = errorOf([&] { (void)rt::CDbl(v, *rs); });
+      const int cdbl = errorNumber([&] { (void)rt::CDbl(v, *rs); });
       EXPECT_TRUE(cdbl == 0 || cdbl == 6 || cdbl == 13) << cdbl << " [" << show(text) << "]";
       EXPECT_EQ(rt::IsNumeric(v, *rs), cdbl == 0) << show(text);
       numbers += cdbl == 0 ? 1 : 0;
-      const int cdate = errorOf([&] { (void)rt::CDate(v, *rs); });
+      const int cdate = errorNumber([&] { (void)rt::CDate(v, *rs); });
       EXPECT_TRUE(cdate == 0 || cdate == 13) << cdate << " [" << show(text) << "]";
-      const int val = errorOf([&] { (void)rt::Val(text); });
+      const int val = errorNumber([&] { (void)rt::Val(text); });
       EXPECT_TRUE(val == 0 || val == 6) << val << " [" << show(text) << "]";
     }
   }

@@ -8,21 +8,13 @@
 
 #include "runtime/convert.hpp"
 #include "runtime/golden_cases.hpp"
+#include "support/test_support.hpp"
 
 namespace orvo::test {
 namespace {
 
 using namespace runtime_golden;
 namespace rt = orvo::runtime;
-
-int errorOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
 
 // --- the recording: the general date text of a Date ------------------------------------------
 
@@ -123,7 +115,7 @@ TEST(DatesDateSerial, OutOfRangeIsInvalidProcedureCall) {
                         {2026, -2147483647 - 1, 1},
                         {9999, 13, 1}};
   for (const Case& c : table) {
-    EXPECT_EQ(errorOf([&] { (void)rt::DateSerial(c.y, c.m, c.d); }), 5)
+    EXPECT_EQ(errorNumber([&] { (void)rt::DateSerial(c.y, c.m, c.d); }), 5)
         << c.y << "," << c.m << "," << c.d;
   }
 }
@@ -158,7 +150,7 @@ TEST(DatesTimeSerial, TimesCarryIntoDays) {
   EXPECT_EQ(p.hour, 23);
   EXPECT_EQ(p.minute, 59);
   EXPECT_EQ(p.second, 59);
-  EXPECT_EQ(errorOf([] { (void)rt::TimeSerial(2147483647, 2147483647, 0); }), 5);
+  EXPECT_EQ(errorNumber([] { (void)rt::TimeSerial(2147483647, 2147483647, 0); }), 5);
 }
 
 // --- splitDate -------------------------------------------------------------------------------
@@ -218,7 +210,7 @@ TEST(DatesSplitDate, OutsideTheDateRangeIsInvalidProcedureCall) {
                           std::numeric_limits<double>::quiet_NaN(),
                           std::numeric_limits<double>::infinity()};
   for (double serial : table) {
-    EXPECT_EQ(errorOf([&] { (void)rt::splitDate(Date{serial}); }), 5) << serial;
+    EXPECT_EQ(errorNumber([&] { (void)rt::splitDate(Date{serial}); }), 5) << serial;
   }
 }
 

@@ -8,6 +8,7 @@
 
 #include "runtime/dates.hpp"
 #include "runtime/golden_cases.hpp"
+#include "support/test_support.hpp"
 
 namespace orvo::test {
 namespace {
@@ -17,15 +18,6 @@ using runtime::Format;
 
 const platform::RegionalSettings& en() { return settingsFor("1033"); }
 const platform::RegionalSettings& de() { return settingsFor("1031"); }
-
-int errorOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
 
 // --- the recording ---------------------------------------------------------------------------
 
@@ -518,13 +510,13 @@ TEST(FormatText, PlaceholdersAndCase) {
 }
 
 TEST(FormatErrors, BadValuesRaiseNumberedErrors) {
-  EXPECT_EQ(errorOf([] { (void)Format(Variant::array({Variant(1.0)}), u"0", en()); }), 13);
-  EXPECT_EQ(errorOf([] { (void)Format(Variant(ErrorCode{5}), u"0", en()); }), 13);
-  EXPECT_EQ(errorOf([] { (void)Format(Variant(Date{3e6}), u"yyyy", en()); }), 5);
-  EXPECT_EQ(errorOf([] { (void)Format(Variant(1e300), u"yyyy", en()); }), 5);
-  EXPECT_EQ(
-      errorOf([] { (void)Format(Variant(std::numeric_limits<double>::infinity()), u"0", en()); }),
-      6);
+  EXPECT_EQ(errorNumber([] { (void)Format(Variant::array({Variant(1.0)}), u"0", en()); }), 13);
+  EXPECT_EQ(errorNumber([] { (void)Format(Variant(ErrorCode{5}), u"0", en()); }), 13);
+  EXPECT_EQ(errorNumber([] { (void)Format(Variant(Date{3e6}), u"yyyy", en()); }), 5);
+  EXPECT_EQ(errorNumber([] { (void)Format(Variant(1e300), u"yyyy", en()); }), 5);
+  EXPECT_EQ(errorNumber(
+                [] { (void)Format(Variant(std::numeric_limits<double>::infinity()), u"0", en()); }),
+            6);
   EXPECT_EQ(show(Format(Variant(Null{}), u"0;0;0;\"null\"", en())), show(u""));
 }
 

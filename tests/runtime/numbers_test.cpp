@@ -8,21 +8,13 @@
 
 #include "runtime/convert.hpp"
 #include "runtime/golden_cases.hpp"
+#include "support/test_support.hpp"
 
 namespace orvo::test {
 namespace {
 
 using namespace runtime_golden;
 namespace rt = orvo::runtime;
-
-int errorOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
 
 // --- the recording ---------------------------------------------------------------------------
 
@@ -214,7 +206,7 @@ TEST(NumbersVal, OverflowBeyondTheRange) {
   const char16_t* table[] = {u"1E512",       u"-1e309",        u"1.8e308",
                              u"&H100000000", u"&O40000000000", u"99999999999999999999e300"};
   for (const char16_t* text : table) {
-    EXPECT_EQ(errorOf([&] { (void)rt::Val(text); }), 6) << show(text);
+    EXPECT_EQ(errorNumber([&] { (void)rt::Val(text); }), 6) << show(text);
   }
 }
 
@@ -236,12 +228,12 @@ TEST(NumbersCInt, HalvesToEvenAndOverflow) {
   };
   for (const Case& c : table) {
     if (c.overflow) {
-      EXPECT_EQ(errorOf([&] { (void)rt::CInt(c.value); }), 6) << c.value;
+      EXPECT_EQ(errorNumber([&] { (void)rt::CInt(c.value); }), 6) << c.value;
     } else {
       EXPECT_EQ(rt::CInt(c.value), c.expected) << c.value;
     }
   }
-  EXPECT_EQ(errorOf([] { (void)rt::CInt(std::nan("")); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CInt(std::nan("")); }), 6);
 }
 
 TEST(NumbersCLng, HalvesToEvenAndOverflow) {
@@ -265,7 +257,7 @@ TEST(NumbersCLng, HalvesToEvenAndOverflow) {
   };
   for (const Case& c : table) {
     if (c.overflow) {
-      EXPECT_EQ(errorOf([&] { (void)rt::CLng(c.value); }), 6) << c.value;
+      EXPECT_EQ(errorNumber([&] { (void)rt::CLng(c.value); }), 6) << c.value;
     } else {
       EXPECT_EQ(rt::CLng(c.value), c.expected) << c.value;
     }
@@ -277,9 +269,9 @@ TEST(NumbersCByte, RangeZeroTo255) {
   EXPECT_EQ(rt::CByte(-0.5), 0);
   EXPECT_EQ(rt::CByte(0.5), 0);
   EXPECT_EQ(rt::CByte(1.5), 2);
-  EXPECT_EQ(errorOf([] { (void)rt::CByte(255.5); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CByte(-0.6); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CByte(-1); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CByte(255.5); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CByte(-0.6); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CByte(-1); }), 6);
 }
 
 TEST(NumbersCSng, OverflowOnlyBeyondTheLargestSingle) {
@@ -289,9 +281,9 @@ TEST(NumbersCSng, OverflowOnlyBeyondTheLargestSingle) {
   // Still rounds to the largest single rather than to infinity.
   EXPECT_EQ(rt::CSng(3.4028235e38), FLT_MAX);
   EXPECT_EQ(rt::CSng(-3.4028235e38), -FLT_MAX);
-  EXPECT_EQ(errorOf([] { (void)rt::CSng(3.5e38); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CSng(-1e39); }), 6);
-  EXPECT_EQ(errorOf([] { (void)rt::CSng(std::numeric_limits<double>::infinity()); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CSng(3.5e38); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CSng(-1e39); }), 6);
+  EXPECT_EQ(errorNumber([] { (void)rt::CSng(std::numeric_limits<double>::infinity()); }), 6);
   EXPECT_TRUE(std::isnan(rt::CSng(std::nan(""))));
 }
 
@@ -315,7 +307,7 @@ TEST(NumbersRound, HalvesToEvenOnTheDecimalText) {
     EXPECT_EQ(rt::RoundHalfEven(c.value, c.decimals), c.expected)
         << c.value << " to " << c.decimals;
   }
-  EXPECT_EQ(errorOf([] { (void)rt::RoundHalfEven(1.5, -1); }), 5);
+  EXPECT_EQ(errorNumber([] { (void)rt::RoundHalfEven(1.5, -1); }), 5);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "support/test_support.hpp"
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
@@ -112,6 +114,25 @@ TraceCapture::TraceCapture()
           })) {}
 
 TraceCapture::~TraceCapture() { frame::setTraceSink(std::move(previous_)); }
+
+Error errorOf(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const Error& e) {
+    return e;
+  }
+  ADD_FAILURE() << "expected an error";
+  return Error(0, u"");
+}
+
+std::int32_t errorNumber(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const Error& e) {
+    return e.number();
+  }
+  return 0;
+}
 
 std::string show(std::u16string_view s) {
   std::string out;

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "frame/trace.hpp"
+#include "orvogeneric/error.hpp"
 #include "orvogeneric/types.hpp"
 
 namespace orvo::test {
@@ -46,6 +49,11 @@ class TraceCapture {
   std::vector<String> prefixes_;
   frame::TraceSink previous_;
 };
+
+// The error a call raised; the test fails when it raised none.
+Error errorOf(const std::function<void()>& call);
+// The number of the error a call raised, 0 when it raised none.
+std::int32_t errorNumber(const std::function<void()>& call);
 
 // u"..." literals print readably in failure messages.
 std::string show(std::u16string_view s);

@@ -14,15 +14,7 @@
 namespace orvo::text {
 namespace {
 
-Error errorOf(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const Error& e) {
-    return e;
-  }
-  ADD_FAILURE() << "expected an error";
-  return Error(0, u"");
-}
+using test::errorOf;
 
 String handledBy(std::u16string_view message, std::u16string_view procedure) {
   return String(message) + u"\r\nError handled by " + String(procedure);

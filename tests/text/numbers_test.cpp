@@ -12,17 +12,10 @@
 namespace orvo::text {
 namespace {
 
+using test::errorNumber;
+
 using test::ScopedLocale;
 using test::show;
-
-std::int32_t errorOf(const std::function<void()>& body) {
-  try {
-    body();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
 
 TEST(NumbersTest, RegionalAndFixedTextInACommaRegion) {
   const ScopedLocale german("de_DE.UTF-8");
@@ -88,7 +81,7 @@ TEST(NumbersTest, NarrowingRoundsHalvesToEvenAndOverflows) {
       {"ValSng 1E39", [] { (void)ValSng(Variant(u"1E39")); }},
       {"ValDbl 1E512", [] { (void)ValDbl(Variant(u"1E512")); }},
   };
-  for (const auto& c : overflows) EXPECT_EQ(errorOf(c.call), 6) << c.name;
+  for (const auto& c : overflows) EXPECT_EQ(errorNumber(c.call), 6) << c.name;
 }
 
 TEST(NumbersTest, OverflowCarriesTheChainOfProcedures) {

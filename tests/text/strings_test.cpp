@@ -13,18 +13,11 @@
 namespace orvo::text {
 namespace {
 
+using test::errorOf;
+
 using test::show;
 
 // The error a call raises; a call that returns normally fails the test.
-Error errorOf(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const Error& e) {
-    return e;
-  }
-  ADD_FAILURE() << "expected an error";
-  return Error(0, u"");
-}
 
 String handledBy(std::u16string_view message, std::u16string_view procedure) {
   return String(message) + u"\r\nError handled by " + String(procedure);
