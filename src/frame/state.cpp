@@ -9,6 +9,7 @@ StaticGlobals& StaticGlobals::instance() {
   return globals;
 }
 
+// NOLINTNEXTLINE(bugprone-macro-parentheses): Type is a type name, it cannot be parenthesised.
 #define ORVO_STATE_ACCESSORS(Type, getter, setter, field) \
   Type StaticGlobals::getter() const {                    \
     const std::lock_guard lock(mutex_);                   \

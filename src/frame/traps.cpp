@@ -36,7 +36,7 @@ void RaiseLibraryError(std::u16string_view message) {
   throw Error(kLibraryErrorNumber, String(message));
 }
 
-Error asError(std::exception_ptr caught) {
+Error asError(const std::exception_ptr& caught) {
   try {
     std::rethrow_exception(caught);
   } catch (const Error& e) {

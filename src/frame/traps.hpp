@@ -22,7 +22,7 @@ void HandleError(std::u16string_view procedure, std::int32_t number,
 [[noreturn]] void RaiseLibraryError(std::u16string_view message);
 
 // Any exception as the numbered error the language would have seen.
-Error asError(std::exception_ptr caught);
+Error asError(const std::exception_ptr& caught);
 
 // The standard trap around a procedure body.
 template <class Body>

@@ -134,6 +134,10 @@ std::int32_t errorNumber(const std::function<void()>& call) {
   return 0;
 }
 
+String handledBy(std::u16string_view message, std::u16string_view procedure) {
+  return String(message) + u"\r\nError handled by " + String(procedure);
+}
+
 std::string show(std::u16string_view s) {
   std::string out;
   for (const char16_t c : s) {

@@ -55,6 +55,9 @@ Error errorOf(const std::function<void()>& call);
 // The number of the error a call raised, 0 when it raised none.
 std::int32_t errorNumber(const std::function<void()>& call);
 
+// A library error's description once a procedure's handler has passed it on.
+String handledBy(std::u16string_view message, std::u16string_view procedure);
+
 // u"..." literals print readably in failure messages.
 std::string show(std::u16string_view s);
 

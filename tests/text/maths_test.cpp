@@ -2,12 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <functional>
-#include <limits>
+#include <tuple>
 #include <vector>
 
-#include "orvogeneric/classes.hpp"
 #include "orvogeneric/error.hpp"
 #include "support/test_support.hpp"
 
@@ -15,10 +12,10 @@ namespace orvo::text {
 namespace {
 
 using test::errorOf;
+using test::handledBy;
 
-String handledBy(std::u16string_view message, std::u16string_view procedure) {
-  return String(message) + u"\r\nError handled by " + String(procedure);
-}
+constexpr VBool F = VBool::False;
+constexpr VBool T = VBool::True;
 
 Variant arrayOf(std::vector<Variant> items, std::int32_t lowerBound = 0) {
   return Variant(SafeArray(VarType::Variant, lowerBound, std::move(items)));
@@ -26,24 +23,13 @@ Variant arrayOf(std::vector<Variant> items, std::int32_t lowerBound = 0) {
 
 TEST(MathsTest, RoundUpIsTheCeilingAsALong) {
   const std::vector<std::pair<double, std::int32_t>> cases = {
-      {1.2, 2},
-      {-1.2, -1},
-      {3.0, 3},
-      {-0.5, 0},
-      {0.0, 0},
-      {1e-300, 1},
-      {2147483646.5, 2147483647},
-      {-2147483648.5, -2147483648},
-      {-3.0, -3},
+      {1.2, 2},  {3.0, 3},    {2147483646.5, 2147483647},
+      {-0.5, 0}, {1e-300, 1}, {-2147483648.5, -2147483648},
   };
-  for (const auto& [value, expected] : cases) {
-    SCOPED_TRACE(value);
-    EXPECT_EQ(RoundUp(value), expected);
-  }
+  for (const auto& [value, expected] : cases) EXPECT_EQ(RoundUp(value), expected) << value;
   for (const double value : {2147483647.5, 1e300, -2147483649.0}) {
-    SCOPED_TRACE(value);
     const Error e = errorOf([&] { (void)RoundUp(value); });
-    EXPECT_EQ(e.number(), 6);
+    EXPECT_EQ(e.number(), 6) << value;
     EXPECT_NE(e.description().find(u"Error handled by RoundUp"), String::npos);
   }
 }
@@ -52,101 +38,54 @@ TEST(MathsTest, Log10RoundsToTwelveDecimals) {
   const std::vector<std::pair<double, double>> exact = {
       {1000, 3}, {100, 2}, {10, 1}, {1, 0}, {0.001, -3}, {1e15, 15}, {1e-5, -5},
   };
-  for (const auto& [x, expected] : exact) {
-    SCOPED_TRACE(x);
-    EXPECT_EQ(Log10(x), expected);
-  }
+  for (const auto& [x, expected] : exact) EXPECT_EQ(Log10(x), expected) << x;
   // Twelve decimals of ln(x) / 2.30258509299405.
   EXPECT_DOUBLE_EQ(Log10(2.5), 0.397940008672);
   EXPECT_DOUBLE_EQ(Log10(123456), 5.091512201628);
 
-  Error e = errorOf([] { (void)Log10(0); });
+  const Error e = errorOf([] { (void)Log10(0); });
   EXPECT_EQ(e.number(), kLibraryErrorNumber);
   EXPECT_EQ(e.description(), handledBy(u"Cannot take the log of zero.", u"Log10"));
-  e = errorOf([] { (void)Log10(-1); });
-  EXPECT_EQ(e.number(), 5);
+  EXPECT_EQ(test::errorNumber([] { (void)Log10(-1); }), 5);
 }
-
-struct SigFigCase {
-  double value;
-  std::int32_t figures;
-  double expected;
-};
 
 TEST(MathsTest, SigFigsRoundHalvesToEven) {
-  const std::vector<SigFigCase> cases = {
-      {123456, 2, 120000},
-      {0.0012345, 3, 0.00123},
-      {1000, 1, 1000},
-      {2.5, 1, 2},
-      {3.5, 1, 4},
-      {0, 5, 0},
-      {-123456, 2, -120000},
-      {-2.5, 1, -2},
-      {999.9, 3, 1000},
-      {15, 1, 20},
-      {25, 1, 20},
-      {1.0001, 4, 1},
-      {1.0001, 5, 1.0001},
-      {0.30000000000000004, 14, 0.3},
-      {1.34999999999999, 2, 1.3},
-      {123.456, 14, 123.456},
+  // Value, figures, result.
+  const std::vector<std::tuple<double, std::int32_t, double>> cases = {
+      {2.5, 1, 2},   {123456, 2, 120000}, {3.5, 1, 4}, {0.0012345, 3, 0.00123},
+      {-2.5, 1, -2}, {1.0001, 5, 1.0001}, {25, 1, 20}, {1.34999999999999, 2, 1.3},
+      {0, 5, 0},     {999.9, 3, 1000},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::to_string(c.value) + " to " + std::to_string(c.figures));
-    EXPECT_DOUBLE_EQ(dSigFigs(c.value, c.figures), c.expected);
+  for (const auto& [value, figures, expected] : cases) {
+    EXPECT_DOUBLE_EQ(dSigFigs(value, figures), expected) << value << " to " << figures;
   }
-}
 
-TEST(MathsTest, SigFigsRejectsBadCountsAndOverflow) {
-  struct Case {
-    double value;
-    std::int32_t figures;
-    std::int32_t number;
-    String description;
-  };
-  const std::vector<Case> cases = {
-      {1.0, 15, kLibraryErrorNumber,
-       handledBy(u"Maximum number of valid sig figs is 14", u"dSigFigs")},
-      {1.0, 0, kLibraryErrorNumber,
-       handledBy(u"Minimum number of valid sig figs is 1", u"dSigFigs")},
-      {0.0, -3, kLibraryErrorNumber,
-       handledBy(u"Minimum number of valid sig figs is 1", u"dSigFigs")},
-      // Scaling a subnormal up by 10^323 overflows.
-      {1e-310, 14, 6, {}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.figures);
-    const Error e = errorOf([&] { (void)dSigFigs(c.value, c.figures); });
-    EXPECT_EQ(e.number(), c.number);
-    if (!c.description.empty()) {
-      EXPECT_EQ(e.description(), c.description);
-    }
+  const String tooMany = handledBy(u"Maximum number of valid sig figs is 14", u"dSigFigs");
+  const String tooFew = handledBy(u"Minimum number of valid sig figs is 1", u"dSigFigs");
+  // The count is checked before zero is given back.
+  const std::vector<std::tuple<double, std::int32_t, String>> bad = {
+      {1.0, 15, tooMany}, {1.0, 0, tooFew}, {0.0, -3, tooFew}};
+  for (const auto& [value, figures, description] : bad) {
+    const Error e = errorOf([&] { (void)dSigFigs(value, figures); });
+    EXPECT_EQ(e.number(), kLibraryErrorNumber);
+    EXPECT_EQ(e.description(), description);
   }
+  // Scaling a subnormal up by 10^323 overflows.
+  EXPECT_EQ(test::errorNumber([] { (void)dSigFigs(1e-310, 14); }), 6);
 }
 
 TEST(MathsTest, EqualDoubleRoundsTwice) {
-  struct Case {
-    double a, b;
-    std::int32_t figures;
-    VBool expected;
+  // 14 figures first make 1.34999999999999 the value 1.35, which then rounds up to 1.4; one
+  // rounding to two figures would give 1.3.
+  const std::vector<std::tuple<double, double, std::int32_t, VBool>> cases = {
+      {0.1 + 0.2, 0.3, 14, T}, {1.0, 1.00000000000001, 14, T},
+      {1.0001, 1.0002, 4, T},  {1.0, 1.0000000000001, 14, F},
+      {-5.0, 5.0, 1, F},       {1.34999999999999, 1.4, 2, T},
   };
-  const std::vector<Case> cases = {
-      {0.1 + 0.2, 0.3, 14, VBool::True},
-      {1.0001, 1.0002, 4, VBool::True},
-      {1.0001, 1.0002, 5, VBool::False},
-      {1.0, 1.00000000000001, 14, VBool::True},
-      {1.0, 1.0000000000001, 14, VBool::False},
-      {-5.0, 5.0, 1, VBool::False},
-      {0.0, 0.0, 1, VBool::True},
-      // 14 figures first make the value 1.35, which then rounds up to 1.4; one rounding to two
-      // figures would give 1.3.
-      {1.34999999999999, 1.4, 2, VBool::True},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::to_string(c.a) + " vs " + std::to_string(c.b));
-    EXPECT_EQ(bEqualDouble(c.a, c.b, c.figures), c.expected);
+  for (const auto& [a, b, figures, expected] : cases) {
+    EXPECT_EQ(bEqualDouble(a, b, figures), expected) << a << " vs " << b << " to " << figures;
   }
+  EXPECT_EQ(bEqualDouble(0.1 + 0.2, 0.3), T);
   const Error e = errorOf([] { (void)bEqualDouble(1, 1, 20); });
   EXPECT_EQ(e.number(), kLibraryErrorNumber);
   EXPECT_EQ(e.description(),
@@ -156,91 +95,48 @@ TEST(MathsTest, EqualDoubleRoundsTwice) {
 
 TEST(MathsTest, IsEvenRoundsHalvesToEvenFirst) {
   const std::vector<std::pair<double, VBool>> cases = {
-      {2.5, VBool::True},
-      {3.5, VBool::True},
-      {-3, VBool::False},
-      {0, VBool::True},
-      {1.5, VBool::True},
-      {0.5, VBool::True},
-      {-2.5, VBool::True},
-      {-1.5, VBool::True},
-      {1, VBool::False},
-      {2.5001, VBool::False},
-      {2.4999, VBool::True},
-      {2147483647, VBool::False},
-      {-2147483648.0, VBool::True},
+      {2.5, T}, {3.5, T},    {0.5, T},    {-2.5, T},       {-1.5, T}, {1, F},
+      {-3, F},  {2.5001, F}, {2.4999, T}, {2147483647, F}, {0, T},    {-2147483648.0, T},
   };
   for (const auto& [value, expected] : cases) {
-    SCOPED_TRACE(value);
-    EXPECT_EQ(IsEven(Currency::fromDouble(value)), expected);
+    EXPECT_EQ(IsEven(Currency::fromDouble(value)), expected) << value;
   }
   const Error e = errorOf([] { (void)IsEven(Currency::fromDouble(2147483647.5)); });
   EXPECT_EQ(e.number(), 6);
   EXPECT_NE(e.description().find(u"Error handled by IsEven"), String::npos);
 }
 
-struct SearchCase {
-  const char* name;
-  Variant array;
-  std::int32_t find;
-  VBool forwards;
-  VBool expected;
-  std::int32_t index;
-};
-
 TEST(MathsTest, NumberInArraySearchesForwardsOnly) {
-  const auto F = VBool::False;
-  const auto T = VBool::True;
-  const std::vector<SearchCase> cases = {
-      {"first match", arrayOf({1, 5, 5}), 5, T, T, 1},
-      {"backwards looks at nothing", arrayOf({1, 5, 5}), 5, F, F, -7},
-      {"backwards with one element", arrayOf({5}), 5, F, T, 0},
-      {"backwards with one element, no match", arrayOf({4}), 5, F, F, -7},
-      {"lower bound kept", arrayOf({9, 5}, 3), 5, T, T, 4},
-      {"no match", arrayOf({1, 2}), 5, T, F, -7},
-      {"no elements", arrayOf({}), 5, T, F, -7},
-      {"never dimensioned", Variant(SafeArray()), 5, T, F, -7},
-      {"numeric comparison across types", arrayOf({2.0, 5.0}), 5, T, T, 1},
-      {"numeric text", arrayOf({u"5"}), 5, T, T, 0},
-      {"fractions are not equal", arrayOf({5.5, 5}), 5, T, T, 1},
-      {"null is no match", arrayOf({Variant(Null{}), 5}), 5, T, T, 1},
-      {"a non-canonical true still counts as forwards", arrayOf({1, 5}), 5, static_cast<VBool>(1),
-       T, 1},
+  // Looking for 5: name, array, Forwards, result, Index (-7 when untouched).
+  const std::vector<std::tuple<const char*, Variant, VBool, VBool, std::int32_t>> cases = {
+      {"first match", arrayOf({1, 5, 5}), T, T, 1},
+      {"backwards looks at nothing", arrayOf({1, 5, 5}), F, F, -7},
+      {"backwards with one element", arrayOf({5}), F, T, 0},
+      {"backwards with one element, no match", arrayOf({4}), F, F, -7},
+      {"lower bound kept", arrayOf({9, 5}, 3), T, T, 4},
+      {"no match", arrayOf({1, 2}), T, F, -7},
+      {"no elements", arrayOf({}), T, F, -7},
+      {"never dimensioned", Variant(SafeArray()), T, F, -7},
+      {"numeric comparison, fractions are not equal", arrayOf({5.5, 5.0}), T, T, 1},
+      {"numeric text", arrayOf({u"5"}), T, T, 0},
+      {"null is no match", arrayOf({Null{}, 5}), T, T, 1},
+      {"a non-canonical true counts as forwards", arrayOf({1, 5}), static_cast<VBool>(1), T, 1},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& [name, array, forwards, expected, expectedIndex] : cases) {
     std::int32_t index = -7;
-    EXPECT_EQ(bIntegerInArray(static_cast<std::int16_t>(c.find), c.array, &index, c.forwards),
-              c.expected);
-    EXPECT_EQ(index, c.index);
+    VBool got = bIntegerInArray(5, array, &index, forwards);
+    EXPECT_EQ(std::pair(got, index), std::pair(expected, expectedIndex)) << name;
     index = -7;
-    EXPECT_EQ(bLongInArray(c.find, c.array, &index, c.forwards), c.expected);
-    EXPECT_EQ(index, c.index);
+    got = bLongInArray(5, array, &index, forwards);
+    EXPECT_EQ(std::pair(got, index), std::pair(expected, expectedIndex)) << name;
   }
-  EXPECT_EQ(bLongInArray(70000, arrayOf({1, 70000})), VBool::True);
-}
+  EXPECT_EQ(bLongInArray(70000, arrayOf({1, 70000})), T);
 
-TEST(MathsTest, NumberInArrayNeedsAnArray) {
   Error e = errorOf([] { (void)bIntegerInArray(1, Variant(std::int32_t{1})); });
   EXPECT_EQ(e.number(), kLibraryErrorNumber);
   EXPECT_EQ(e.description(), handledBy(u"Must pass an array in vArray.", u"bIntegerInArray"));
   e = errorOf([] { (void)bLongInArray(1, Variant()); });
   EXPECT_EQ(e.description(), handledBy(u"Must pass an array in vArray.", u"bLongInArray"));
-}
-
-TEST(MathsTest, ClassMembersForwardTheirArguments) {
-  MathsUtilities mu;
-  EXPECT_EQ(mu.RoundUp(1.2), 2);
-  EXPECT_EQ(mu.IsEqualDouble(1.0001, 1.0002, 4), VBool::True);
-  EXPECT_EQ(mu.IsEqualDouble(0.1 + 0.2, 0.3), VBool::True);
-  EXPECT_EQ(mu.Log10(1000), 3);
-  EXPECT_DOUBLE_EQ(mu.RoundToNumSigFigs(123456, 2), 120000);
-  EXPECT_EQ(mu.IsEven(Currency::fromDouble(2.5)), VBool::True);
-  Variant values = arrayOf({1, 5, 5});
-  std::int32_t index = -1;
-  EXPECT_EQ(mu.IsIntegerInArray(5, values, &index), VBool::True);
-  EXPECT_EQ(index, 1);
-  EXPECT_EQ(mu.IsLongInArray(5, values, &index, VBool::False), VBool::False);
 }
 
 }  // namespace
