@@ -66,12 +66,13 @@ TEST(MathsTest, SigFigsRoundHalvesToEven) {
   const std::vector<std::tuple<double, std::int32_t, String>> bad = {
       {1.0, 15, tooMany}, {1.0, 0, tooFew}, {0.0, -3, tooFew}};
   for (const auto& [value, figures, description] : bad) {
-    const Error e = errorOf([&] { (void)dSigFigs(value, figures); });
+    const Error e = errorOf([v = value, n = figures] { (void)dSigFigs(v, n); });
     EXPECT_EQ(e.number(), kLibraryErrorNumber);
     EXPECT_EQ(e.description(), description);
   }
-  // Scaling a subnormal up by 10^323 overflows.
+  // Scaling overflows either way: a subnormal up by 10^323, or the largest double rounded to 2e308.
   EXPECT_EQ(test::errorNumber([] { (void)dSigFigs(1e-310, 14); }), 6);
+  EXPECT_EQ(test::errorNumber([] { (void)dSigFigs(1.7976931348623157e308, 1); }), 6);
 }
 
 TEST(MathsTest, EqualDoubleRoundsTwice) {

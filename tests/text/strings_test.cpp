@@ -335,8 +335,8 @@ TEST_F(StringsTest, MaximumAndMinimumKeepTheEarliestOfEqualElements) {
   };
   for (const auto& [name, vals, max, min, number] : cases) {
     SCOPED_TRACE(name);
-    EXPECT_EQ(test::errorNumber([&] { (void)Maximum_Worker(vals); }), number);
-    EXPECT_EQ(test::errorNumber([&] { (void)Minimum_Worker(vals); }), number);
+    EXPECT_EQ(test::errorNumber([&v = vals] { (void)Maximum_Worker(v); }), number);
+    EXPECT_EQ(test::errorNumber([&v = vals] { (void)Minimum_Worker(v); }), number);
     if (number != 0) continue;
     const Variant gotMax = Maximum_Worker(vals);
     const Variant gotMin = Minimum_Worker(vals);
@@ -345,7 +345,7 @@ TEST_F(StringsTest, MaximumAndMinimumKeepTheEarliestOfEqualElements) {
   }
   for (const auto& [worker, procedure] : {std::pair{&Maximum_Worker, u"Maximum_Worker"},
                                           std::pair{&Minimum_Worker, u"Minimum_Worker"}}) {
-    const String description = errorOf([&] { (void)worker(SafeArray()); }).description();
+    const String description = errorOf([w = worker] { (void)w(SafeArray()); }).description();
     EXPECT_NE(description.find(u"Error handled by " + String(procedure)), String::npos);
   }
 }
