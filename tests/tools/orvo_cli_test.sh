@@ -17,9 +17,9 @@ expect() {  # expect EXIT EXPECTED_OUTPUT -- ARGS...
   fi
 }
 
-expect 0 '{"result":"b of a","byref":{"Arguments":["a","b"]}}' -- call StringUtilities.ExpandString '%1 of %0' '["a","b"]'
-expect 0 '{"result":true,"byref":{"vArray":[1,5,5],"Index":1}}' -- call MathsUtilities.IsLongInArray 5 '[1,5,5]'
-expect 0 '{"result":false,"byref":{"vArray":[1,5,5],"Index":0}}' -- call MathsUtilities.IsLongInArray 5 '[1,5,5]' 'Forwards:=false'
+expect 0 '{"result":"b of a"}' -- call StringUtilities.ExpandString '%1 of %0' '["a","b"]'
+expect 0 '{"result":true,"byref":{"Index":1}}' -- call MathsUtilities.IsLongInArray 5 '[1,5,5]'
+expect 0 '{"result":false,"byref":{"Index":0}}' -- call MathsUtilities.IsLongInArray 5 '[1,5,5]' 'Forwards:=false'
 expect 1 '{"error":{"number":-2147220991,"description":"Maximum number of valid sig figs is 14\r\nError handled by dSigFigs","source":""}}' -- call MathsUtilities.RoundToNumSigFigs 1 15
 expect 1 '{"error":{"number":13,"description":"Type mismatch","source":""}}' -- call MathsUtilities.RoundUp abc
 expect 1 '{"error":{"number":438,"description":"Object doesn'"'"'t support this property or method: MathsUtilities.NoSuchThing","source":"orvo"}}' -- call MathsUtilities.NoSuchThing
@@ -30,6 +30,9 @@ expect 0 '{"result":"allowed:"}' -- call StringUtilities.BannedCharExtender_Allo
 expect 0 '{"result":"a\"b"}' -- call StringUtilities.EncodeQuotes '"a\"b"'
 expect 0 '{"result":"it`s"}' -- call StringUtilities.EncodeQuotes "it's"
 expect 0 '{"result":2}' -- call MathsUtilities.RoundUp 1.2
+# An array the call changes is an answer and comes back; a value passed by reference too.
+expect 0 '{"result":true,"byref":{"value":"a_b","Info":"-"}}' -- call StringUtilities.StringContainsBannedCharsEx a-b - true _ '"'"'x'"'"'
+expect 0 '{"result":null,"byref":{"ToCorrect":"abc"}}' -- call StringUtilities.CorrectDLLStringForDBCS abc
 expect 0 '{"result":true}' -- call StringUtilities.IsArrayInitialised '{"lbound":1,"items":[7]}'
 expect 0 '{"result":false}' -- call StringUtilities.IsArrayInitialised '{"lbound":0,"items":null}'
 

@@ -1,6 +1,8 @@
 // orvo: the library's members from the shell. "orvo call" makes one call, "orvo batch" many in
 // one process so that process-wide state carries from call to call.
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstring>
 #include <iostream>
@@ -59,35 +61,54 @@ std::pair<std::string, std::string> splitTarget(const std::string& target) {
   return {target.substr(0, dot), target.substr(dot + 1)};
 }
 
+// What the caller passed for a parameter: by position, by name, or nothing.
+const Variant* passedValue(const Call& call, const automation::MemberInfo& member,
+                           const std::string& name) {
+  for (std::size_t i = 0; i < member.params.size() && i < call.args.size(); ++i) {
+    if (member.params[i].name == name) return &call.args[i];
+  }
+  for (const auto& n : call.named) {
+    if (n.name.size() == name.size() &&
+        std::equal(n.name.begin(), n.name.end(), name.begin(), [](char a, char b) {
+          return std::toupper(static_cast<unsigned char>(a)) ==
+                 std::toupper(static_cast<unsigned char>(b));
+        })) {
+      return &n.value;
+    }
+  }
+  return nullptr;
+}
+
 std::string run(const Call& call, cli::ObjectTable& objects) {
   const auto* cls = automation::findClass(call.target->className());
-  automation::CallResult result;
+  MemberKind kind = MemberKind::Method;
   if (call.let) {
-    result =
-        automation::invoke(*call.target, call.member, {*call.let}, {}, MemberKind::PropertyLet);
+    kind = MemberKind::PropertyLet;
   } else if (cls != nullptr &&
              automation::findMember(*cls, call.member, MemberKind::Method) == nullptr &&
              automation::findMember(*cls, call.member, MemberKind::PropertyGet) != nullptr) {
-    result = automation::invoke(*call.target, call.member, call.args, call.named,
-                                MemberKind::PropertyGet);
-  } else {
-    if (cls == nullptr ||
-        (automation::findMember(*cls, call.member, MemberKind::Method) == nullptr)) {
-      fail(438, "Object doesn't support this property or method: " +
-                    std::string(call.target->className()) + "." + call.member);
-    }
-    result = automation::invoke(*call.target, call.member, call.args, call.named);
+    kind = MemberKind::PropertyGet;
+  }
+  const automation::MemberInfo* member =
+      cls != nullptr ? automation::findMember(*cls, call.member, kind) : nullptr;
+  if (member == nullptr) {
+    fail(438, "Object doesn't support this property or method: " +
+                  std::string(call.target->className()) + "." + call.member);
+  }
+  const automation::CallResult result =
+      call.let ? automation::invoke(*call.target, call.member, {*call.let}, {}, kind)
+               : automation::invoke(*call.target, call.member, call.args, call.named, kind);
+  std::string byref;
+  for (const auto& [name, value] : result.byref) {
+    // Arrays travel by reference so that they are not copied, not because they are answers:
+    // an array the call left as it was is not repeated back.
+    const Variant* passed = passedValue(call, *member, name);
+    if (value.isArray() && passed != nullptr && *passed == value) continue;
+    byref +=
+        (byref.empty() ? "" : ",") + cli::quote(fromUtf8(name)) + ":" + cli::toJson(value, objects);
   }
   std::string out = "{\"result\":" + cli::toJson(result.result, objects);
-  if (!result.byref.empty()) {
-    out += ",\"byref\":{";
-    for (std::size_t i = 0; i < result.byref.size(); ++i) {
-      if (i > 0) out += ",";
-      out += cli::quote(fromUtf8(result.byref[i].first)) + ":" +
-             cli::toJson(result.byref[i].second, objects);
-    }
-    out += "}";
-  }
+  if (!byref.empty()) out += ",\"byref\":{" + byref + "}";
   return out + "}";
 }
 
