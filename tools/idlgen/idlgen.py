@@ -249,10 +249,15 @@ def gen_registry(classes):
                 if p.array:
                     out.append(f"  SafeArray& {v} = arrayArgument(a[{i}]);")
                     call_args.append(v)
+                elif p.type == "Variant":
+                    # A Variant needs no coercion: the member works on the argument itself.
+                    ref = "Variant&" if p.inout else "const Variant&"
+                    out.append(f"  {ref} {v} = a[{i}];")
+                    call_args.append(("&" if p.inout and p.optional else "") + v)
                 elif p.inout:
                     out.append(f"  {p.value_type()} {v} = coerce<{p.value_type()}>(a[{i}]);")
                     call_args.append(("&" if p.optional else "") + v)
-                    after.append(f"  a[{i}] = toVariant({v});")
+                    after.append(f"  a[{i}] = toVariant(std::move({v}));")
                 else:
                     out.append(f"  const {p.value_type()} {v} = coerce<{p.value_type()}>(a[{i}]);")
                     call_args.append(v)
