@@ -42,24 +42,31 @@ ParsedNumber parseNumber(std::u16string_view s, const platform::RegionalSettings
   bool closed = false;
   bool currency = false;
 
-  // Leading decorations in any order, each at most once.
-  skipSpace();
-  for (;;) {
-    if (i < n && (s[i] == u'-' || s[i] == u'+') && !sign) {
-      sign = true;
-      negative = s[i] == u'-';
-      ++i;
-    } else if (i < n && s[i] == u'(' && !paren) {
-      paren = true;
-      ++i;
-    } else if (!currency && startsWith(s, i, rs.currencySymbol)) {
-      currency = true;
-      i += rs.currencySymbol.size();
-    } else {
-      break;
-    }
+  // A sign, a parenthesis and the currency symbol may stand before and after the digits, in any
+  // order, each at most once; before the digits the parenthesis opens, after them it closes.
+  auto decorations = [&](bool afterDigits) {
     skipSpace();
-  }
+    for (;;) {
+      if (i < n && (s[i] == u'-' || s[i] == u'+') && !sign) {
+        sign = true;
+        negative = s[i] == u'-';
+        ++i;
+      } else if (!afterDigits && i < n && s[i] == u'(' && !paren) {
+        paren = true;
+        ++i;
+      } else if (afterDigits && i < n && s[i] == u')' && paren && !closed) {
+        closed = true;
+        ++i;
+      } else if (!currency && startsWith(s, i, rs.currencySymbol)) {
+        currency = true;
+        i += rs.currencySymbol.size();
+      } else {
+        break;
+      }
+      skipSpace();
+    }
+  };
+  decorations(false);
 
   Decimal d;
   if (i + 1 < n && s[i] == u'&' && !paren) {
@@ -133,24 +140,7 @@ ParsedNumber parseNumber(std::u16string_view s, const platform::RegionalSettings
     point += static_cast<int>(negativeExponent ? -exponent : exponent);
   }
 
-  // Trailing decorations.
-  skipSpace();
-  for (;;) {
-    if (i < n && (s[i] == u'-' || s[i] == u'+') && !sign) {
-      sign = true;
-      negative = s[i] == u'-';
-      ++i;
-    } else if (i < n && s[i] == u')' && paren && !closed) {
-      closed = true;
-      ++i;
-    } else if (!currency && startsWith(s, i, rs.currencySymbol)) {
-      currency = true;
-      i += rs.currencySymbol.size();
-    } else {
-      break;
-    }
-    skipSpace();
-  }
+  decorations(true);
   // Parentheses are a sign of their own: both, or one without the other, is not a number.
   if (i != n || paren != closed || (paren && sign)) return result;
   if (paren) negative = true;
