@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -50,10 +51,29 @@ class Variant;
 // A one-dimensional array with a lower bound, as the applications' arrays are. "Never
 // dimensioned" (a dynamic array before its first ReDim) is distinct from "no elements"
 // (bounds 0 to -1): asking the former for a bound is error 9.
+//
+// Elements are stored by their type, contiguously: a Byte array of a 200 MB file is 200 MB,
+// and the converters and file readers work on it as a span. Only a Variant array holds
+// variants. Copies share the elements until one of them is changed, so passing an array
+// around (by value, into a variant, back as a result) costs nothing until it is written.
 class ORVO_API SafeArray {
  public:
+  // One alternative per storage kind, in the order of storageIndex().
+  using Storage =
+      std::variant<std::vector<Variant>, std::vector<String>, std::vector<std::uint8_t>,
+                   std::vector<std::int16_t>, std::vector<std::int32_t>, std::vector<float>,
+                   std::vector<double>, std::vector<Currency>, std::vector<Date>,
+                   std::vector<VBool>, std::vector<std::shared_ptr<Object>>>;
+
   explicit SafeArray(VarType elementType = VarType::Variant);  // never dimensioned
+  // Each item is coerced to the element type as an assignment would (13, 6 when it cannot).
   SafeArray(VarType elementType, std::int32_t lowerBound, std::vector<Variant> items);
+  // Typed arrays from their elements: Byte from uint8_t, String from String, and so on.
+  SafeArray(std::int32_t lowerBound, std::vector<std::uint8_t> items);
+  SafeArray(std::int32_t lowerBound, std::vector<String> items);
+  SafeArray(std::int32_t lowerBound, std::vector<std::int16_t> items);
+  SafeArray(std::int32_t lowerBound, std::vector<std::int32_t> items);
+  SafeArray(std::int32_t lowerBound, std::vector<double> items);
   SafeArray(const SafeArray&);
   SafeArray& operator=(const SafeArray&);
   SafeArray(SafeArray&&) noexcept;
@@ -66,22 +86,51 @@ class ORVO_API SafeArray {
   [[nodiscard]] std::int32_t lowerBound() const;
   [[nodiscard]] std::int32_t upperBound() const;
   [[nodiscard]] std::size_t size() const noexcept;
-  // Raises 9 outside the bounds.
+
+  // Element by index as a variant of the element type; raises 9 outside the bounds.
+  [[nodiscard]] Variant get(std::int32_t index) const;
+  // Assignment to an element: coerced to the element type (13 or 6 when it cannot be).
+  void set(std::int32_t index, Variant value);
+  // The element itself, for Variant arrays only (13 for a typed array); raises 9 outside.
   [[nodiscard]] Variant& at(std::int32_t index);
   [[nodiscard]] const Variant& at(std::int32_t index) const;
-  [[nodiscard]] const std::vector<Variant>& items() const noexcept { return items_; }
-  [[nodiscard]] std::vector<Variant>& items() noexcept { return items_; }
+
+  // The elements of a typed array; nullptr when the array holds another type. The mutable form
+  // first separates this array from copies that share its elements.
+  template <class T>
+  [[nodiscard]] const std::vector<T>* elements() const noexcept;
+  template <class T>
+  [[nodiscard]] std::vector<T>* elements();
+  // The bytes of a Byte array; Type mismatch (13) for any other array.
+  [[nodiscard]] std::span<const std::uint8_t> bytes() const;
+  [[nodiscard]] std::span<std::uint8_t> bytes();
+  // Calls f with the element vector (const std::vector<T>&) whatever its type.
+  template <class F>
+  decltype(auto) visit(F&& f) const;
+  // Whether both share one element store (a copy not written to since): equal without looking.
+  [[nodiscard]] bool sharesElementsWith(const SafeArray& other) const noexcept {
+    return data_ != nullptr && data_ == other.data_;
+  }
+  // Bytes held for the elements (capacity, not counting what strings and variants point to).
+  [[nodiscard]] std::size_t elementBytes() const noexcept;
+
   // ReDim (without Preserve): every element becomes the empty value of the element type.
   void redim(std::int32_t lowerBound, std::int32_t upperBound);
   void erase();  // back to never dimensioned
 
   bool operator==(const SafeArray&) const;
 
+  // Where the elements of an array of this element type are kept in Storage.
+  static std::size_t storageIndex(VarType elementType) noexcept;
+
  private:
+  Storage& mutableStorage();
+  void checkBounds(std::size_t count) const;
+
   VarType elementType_;
   bool dimensioned_ = false;
   std::int32_t lowerBound_ = 0;
-  std::vector<Variant> items_;
+  std::shared_ptr<Storage> data_;  // null while never dimensioned
 };
 
 struct Empty {
@@ -157,7 +206,26 @@ class ORVO_API Variant {
   Value value_;
 };
 
-// Defined once Variant is complete: the element type of items_ must be known to ask its size.
-inline std::size_t SafeArray::size() const noexcept { return items_.size(); }
+// Defined once Variant is complete: the element vectors need its size.
+inline std::size_t SafeArray::size() const noexcept {
+  return data_ ? std::visit([](const auto& v) { return v.size(); }, *data_) : 0;
+}
+
+template <class T>
+const std::vector<T>* SafeArray::elements() const noexcept {
+  return data_ ? std::get_if<std::vector<T>>(data_.get()) : nullptr;
+}
+
+template <class T>
+std::vector<T>* SafeArray::elements() {
+  if (!data_ || !std::holds_alternative<std::vector<T>>(*data_)) return nullptr;
+  return std::get_if<std::vector<T>>(&mutableStorage());
+}
+
+template <class F>
+decltype(auto) SafeArray::visit(F&& f) const {
+  static const Storage kNone;
+  return std::visit(std::forward<F>(f), data_ ? *data_ : kNone);
+}
 
 }  // namespace orvo

@@ -11,6 +11,8 @@
 namespace orvo::automation {
 
 String coerceString(const Variant& v);
+// coerceString for an argument the call owns: text already held is moved out, not copied.
+String takeString(Variant& v);
 VBool coerceBoolean(const Variant& v);
 std::int16_t coerceInteger(const Variant& v);
 std::int32_t coerceLong(const Variant& v);

@@ -32,6 +32,10 @@ const Variant& present(const Variant& v) {
 }  // namespace
 
 String coerceString(const Variant& v) { return runtime::CStr(present(v), regional()); }
+String takeString(Variant& v) {
+  if (String* s = v.get<String>()) return std::move(*s);
+  return coerceString(v);
+}
 VBool coerceBoolean(const Variant& v) { return runtime::CBool(present(v), regional()); }
 std::int16_t coerceInteger(const Variant& v) { return runtime::CIntV(present(v), regional()); }
 std::int32_t coerceLong(const Variant& v) { return runtime::CLngV(present(v), regional()); }

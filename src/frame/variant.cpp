@@ -1,9 +1,13 @@
 #include "orvogeneric/variant.hpp"
 
+#include <algorithm>
+#include <climits>
 #include <cmath>
 
 #include "orvogeneric/collection.hpp"
 #include "orvogeneric/error.hpp"
+#include "platform/locale.hpp"
+#include "runtime/convert.hpp"
 #include "runtime/errors.hpp"
 #include "runtime/strings.hpp"
 
@@ -54,45 +58,154 @@ Error::Error(std::int32_t number, String description, String source)
 // ---- SafeArray ----------------------------------------------------------------------------
 
 namespace {
-Variant emptyValueOf(VarType type) {
-  switch (type) {
-    case VarType::Integer:
-      return Variant(std::int16_t{0});
-    case VarType::Long:
-      return Variant(std::int32_t{0});
-    case VarType::Single:
-      return Variant(0.0F);
-    case VarType::Double:
-      return Variant(0.0);
-    case VarType::Currency:
-      return Variant(Currency{});
-    case VarType::Date:
-      return Variant(Date{});
-    case VarType::String:
-      return Variant(String{});
-    case VarType::Boolean:
-      return Variant(VBool::False);
-    case VarType::Byte:
-      return Variant(std::uint8_t{0});
-    case VarType::Object:
-      return Variant(std::shared_ptr<Object>{});
+
+const platform::RegionalSettings& regional() { return *platform::userRegionalSettings(); }
+
+// What an element of the type holds before anything is assigned to it.
+SafeArray::Storage emptyStorage(VarType type, std::size_t count) {
+  switch (SafeArray::storageIndex(type)) {
+    case 1:
+      return std::vector<String>(count);
+    case 2:
+      return std::vector<std::uint8_t>(count);
+    case 3:
+      return std::vector<std::int16_t>(count);
+    case 4:
+      return std::vector<std::int32_t>(count);
+    case 5:
+      return std::vector<float>(count);
+    case 6:
+      return std::vector<double>(count);
+    case 7:
+      return std::vector<Currency>(count);
+    case 8:
+      return std::vector<Date>(count);
+    case 9:
+      return std::vector<VBool>(count, VBool::False);
+    case 10:
+      return std::vector<std::shared_ptr<Object>>(count);
     default:
-      return Variant{};
+      return std::vector<Variant>(count);
   }
 }
+
+// An assignment into a typed element converts as the language's Let does.
+template <class T>
+T coerceElement(Variant&& value) {
+  if constexpr (std::is_same_v<T, Variant>) {
+    return std::move(value);
+  } else if constexpr (std::is_same_v<T, String>) {
+    if (auto* s = value.get<String>()) return std::move(*s);
+    return runtime::CStr(value, regional());
+  } else if constexpr (std::is_same_v<T, std::uint8_t>) {
+    return runtime::CByteV(value, regional());
+  } else if constexpr (std::is_same_v<T, std::int16_t>) {
+    return runtime::CIntV(value, regional());
+  } else if constexpr (std::is_same_v<T, std::int32_t>) {
+    return runtime::CLngV(value, regional());
+  } else if constexpr (std::is_same_v<T, float>) {
+    return runtime::CSngV(value, regional());
+  } else if constexpr (std::is_same_v<T, double>) {
+    return runtime::CDbl(value, regional());
+  } else if constexpr (std::is_same_v<T, Currency>) {
+    return runtime::CCur(value, regional());
+  } else if constexpr (std::is_same_v<T, Date>) {
+    return runtime::CDate(value, regional());
+  } else if constexpr (std::is_same_v<T, VBool>) {
+    return runtime::CBool(value, regional());
+  } else {
+    const auto* object = value.object();
+    if (object == nullptr) runtime::raise(runtime::errTypeMismatch);
+    return *object;
+  }
+}
+
 }  // namespace
 
+std::size_t SafeArray::storageIndex(VarType elementType) noexcept {
+  switch (elementType) {
+    case VarType::String:
+      return 1;
+    case VarType::Byte:
+      return 2;
+    case VarType::Integer:
+      return 3;
+    case VarType::Long:
+      return 4;
+    case VarType::Single:
+      return 5;
+    case VarType::Double:
+      return 6;
+    case VarType::Currency:
+      return 7;
+    case VarType::Date:
+      return 8;
+    case VarType::Boolean:
+      return 9;
+    case VarType::Object:
+      return 10;
+    default:
+      return 0;
+  }
+}
+
 SafeArray::SafeArray(VarType elementType) : elementType_(elementType) {}
+
 SafeArray::SafeArray(VarType elementType, std::int32_t lowerBound, std::vector<Variant> items)
-    : elementType_(elementType),
-      dimensioned_(true),
-      lowerBound_(lowerBound),
-      items_(std::move(items)) {}
+    : elementType_(elementType), dimensioned_(true), lowerBound_(lowerBound) {
+  checkBounds(items.size());
+  if (storageIndex(elementType) == 0) {
+    data_ = std::make_shared<Storage>(std::move(items));
+    return;
+  }
+  Storage storage = emptyStorage(elementType, 0);
+  std::visit(
+      [&](auto& out) {
+        using T = typename std::decay_t<decltype(out)>::value_type;
+        out.reserve(items.size());
+        for (Variant& item : items) out.push_back(coerceElement<T>(std::move(item)));
+      },
+      storage);
+  data_ = std::make_shared<Storage>(std::move(storage));
+}
+
+#define ORVO_TYPED_ARRAY(Type, Element)                                            \
+  SafeArray::SafeArray(std::int32_t lowerBound, std::vector<Element> items)        \
+      : elementType_(VarType::Type), dimensioned_(true), lowerBound_(lowerBound) { \
+    checkBounds(items.size());                                                     \
+    data_ = std::make_shared<Storage>(std::move(items));                           \
+  }
+ORVO_TYPED_ARRAY(Byte, std::uint8_t)
+ORVO_TYPED_ARRAY(String, String)
+ORVO_TYPED_ARRAY(Integer, std::int16_t)
+ORVO_TYPED_ARRAY(Long, std::int32_t)
+ORVO_TYPED_ARRAY(Double, double)
+#undef ORVO_TYPED_ARRAY
+
 SafeArray::SafeArray(const SafeArray&) = default;
 SafeArray& SafeArray::operator=(const SafeArray&) = default;
 SafeArray::SafeArray(SafeArray&&) noexcept = default;
 SafeArray& SafeArray::operator=(SafeArray&&) noexcept = default;
 SafeArray::~SafeArray() = default;
+
+// Both bounds are Longs: an array whose upper bound would not fit cannot exist, just as such a
+// ReDim overflows.
+void SafeArray::checkBounds(std::size_t count) const {
+  const std::int64_t upper = static_cast<std::int64_t>(lowerBound_) - 1 +
+                             static_cast<std::int64_t>(std::min<std::size_t>(count, 1ULL << 40));
+  if (upper > INT32_MAX || upper < static_cast<std::int64_t>(INT32_MIN)) {
+    runtime::raise(runtime::errOverflow);
+  }
+}
+
+SafeArray::Storage& SafeArray::mutableStorage() {
+  if (!data_) {
+    data_ = std::make_shared<Storage>(emptyStorage(elementType_, 0));
+  } else if (data_.use_count() > 1) {
+    data_ = std::make_shared<Storage>(*data_);  // written to: stop sharing with the copies
+  }
+  return *data_;
+}
 
 std::int32_t SafeArray::lowerBound() const {
   if (!dimensioned_) runtime::raise(runtime::errSubscriptOutOfRange);
@@ -102,38 +215,100 @@ std::int32_t SafeArray::lowerBound() const {
 std::int32_t SafeArray::upperBound() const {
   if (!dimensioned_) runtime::raise(runtime::errSubscriptOutOfRange);
   return static_cast<std::int32_t>(static_cast<std::int64_t>(lowerBound_) +
-                                   static_cast<std::int64_t>(items_.size()) - 1);
+                                   static_cast<std::int64_t>(size()) - 1);
+}
+
+namespace {
+std::size_t offsetOf(bool dimensioned, std::int32_t lowerBound, std::size_t size,
+                     std::int32_t index) {
+  const std::int64_t offset = static_cast<std::int64_t>(index) - lowerBound;
+  if (!dimensioned || offset < 0 || offset >= static_cast<std::int64_t>(size)) {
+    runtime::raise(runtime::errSubscriptOutOfRange);
+  }
+  return static_cast<std::size_t>(offset);
+}
+}  // namespace
+
+Variant SafeArray::get(std::int32_t index) const {
+  const std::size_t i = offsetOf(dimensioned_, lowerBound_, size(), index);
+  return std::visit(
+      [i](const auto& v) -> Variant {
+        using T = typename std::decay_t<decltype(v)>::value_type;
+        if constexpr (std::is_same_v<T, std::shared_ptr<Object>>) {
+          return Variant(v[i]);
+        } else {
+          return Variant(T(v[i]));
+        }
+      },
+      *data_);
+}
+
+void SafeArray::set(std::int32_t index, Variant value) {
+  const std::size_t i = offsetOf(dimensioned_, lowerBound_, size(), index);
+  std::visit(
+      [&](auto& v) {
+        using T = typename std::decay_t<decltype(v)>::value_type;
+        T element = coerceElement<T>(std::move(value));  // may raise: the element stays as it was
+        v[i] = std::move(element);
+      },
+      mutableStorage());
 }
 
 Variant& SafeArray::at(std::int32_t index) {
-  const std::int64_t offset = static_cast<std::int64_t>(index) - lowerBound_;
-  if (!dimensioned_ || offset < 0 || offset >= static_cast<std::int64_t>(items_.size())) {
-    runtime::raise(runtime::errSubscriptOutOfRange);
-  }
-  return items_[static_cast<std::size_t>(offset)];
+  const std::size_t i = offsetOf(dimensioned_, lowerBound_, size(), index);
+  auto* items = std::get_if<std::vector<Variant>>(&mutableStorage());
+  if (items == nullptr) runtime::raise(runtime::errTypeMismatch);
+  return (*items)[i];
 }
 
 const Variant& SafeArray::at(std::int32_t index) const {
-  return const_cast<SafeArray*>(this)->at(index);  // NOLINT: same lookup, read-only result
+  const std::size_t i = offsetOf(dimensioned_, lowerBound_, size(), index);
+  const auto* items = std::get_if<std::vector<Variant>>(data_.get());
+  if (items == nullptr) runtime::raise(runtime::errTypeMismatch);
+  return (*items)[i];
+}
+
+std::span<const std::uint8_t> SafeArray::bytes() const {
+  if (elementType_ != VarType::Byte) runtime::raise(runtime::errTypeMismatch);
+  const auto* b = elements<std::uint8_t>();
+  return b != nullptr ? std::span<const std::uint8_t>(*b) : std::span<const std::uint8_t>();
+}
+
+std::span<std::uint8_t> SafeArray::bytes() {
+  if (elementType_ != VarType::Byte) runtime::raise(runtime::errTypeMismatch);
+  auto* b = elements<std::uint8_t>();
+  return b != nullptr ? std::span<std::uint8_t>(*b) : std::span<std::uint8_t>();
+}
+
+std::size_t SafeArray::elementBytes() const noexcept {
+  return visit([](const auto& v) { return v.capacity() * sizeof(v[0]); });
 }
 
 void SafeArray::redim(std::int32_t lowerBound, std::int32_t upperBound) {
-  if (upperBound < lowerBound - 1) runtime::raise(runtime::errSubscriptOutOfRange);
+  if (upperBound < lowerBound - 1LL) runtime::raise(runtime::errSubscriptOutOfRange);
   dimensioned_ = true;
   lowerBound_ = lowerBound;
-  items_.assign(static_cast<std::size_t>(static_cast<std::int64_t>(upperBound) - lowerBound + 1),
-                emptyValueOf(elementType_));
+  // A fresh store: copies made before the ReDim keep their elements.
+  data_ = std::make_shared<Storage>(emptyStorage(
+      elementType_,
+      static_cast<std::size_t>(static_cast<std::int64_t>(upperBound) - lowerBound + 1)));
 }
 
 void SafeArray::erase() {
   dimensioned_ = false;
   lowerBound_ = 0;
-  items_.clear();
+  data_.reset();
 }
 
 bool SafeArray::operator==(const SafeArray& other) const {
-  return elementType_ == other.elementType_ && dimensioned_ == other.dimensioned_ &&
-         lowerBound_ == other.lowerBound_ && items_ == other.items_;
+  if (elementType_ != other.elementType_ || dimensioned_ != other.dimensioned_ ||
+      lowerBound_ != other.lowerBound_) {
+    return false;
+  }
+  if (data_ == other.data_) return true;
+  if (size() != other.size()) return false;
+  if (size() == 0) return true;
+  return *data_ == *other.data_;
 }
 
 // ---- Variant ------------------------------------------------------------------------------

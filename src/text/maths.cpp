@@ -44,7 +44,7 @@ VBool numberInArray(Number Find, const Variant& vArray, std::int32_t* Index, VBo
   const std::int64_t first = nonZero(Forwards) ? lower : upper;
   const std::int64_t last = nonZero(Forwards) ? upper : lower;
   for (std::int64_t i = first; i <= last; ++i) {
-    const Variant& element = items.at(static_cast<std::int32_t>(i));
+    const Variant element = items.get(static_cast<std::int32_t>(i));
     // Null compares as Null, which is not a match.
     if (!element.isNull() && runtime::compareVariants(element, find, *rs) == 0) {
       if (Index != nullptr) *Index = static_cast<std::int32_t>(i);

@@ -100,10 +100,10 @@ template <class Better>
 Variant extremeOf(const SafeArray& Vals, Better better) {
   const auto rs = platform::userRegionalSettings();
   const std::int32_t lower = Vals.lowerBound();
-  Variant result = Vals.at(lower);
+  Variant result = Vals.get(lower);
   countedLoop<std::int16_t>(static_cast<std::int64_t>(lower) + 1, Vals.upperBound(),
                             [&](std::int16_t i) {
-                              const Variant& candidate = Vals.at(i);
+                              const Variant candidate = Vals.get(i);
                               // A comparison with Null is Null, which an If takes as false: the
                               // running result stays.
                               if (!candidate.isNull() && !result.isNull() &&
@@ -125,7 +125,7 @@ String ExpandString_Worker(const String& Template, const SafeArray& Arguments) {
     std::vector<String> texts;
     if (upper >= lower) texts.reserve(static_cast<std::size_t>(upper - lower) + 1);
     for (std::int64_t i = lower; i <= upper; ++i) {
-      texts.push_back(argumentText(Arguments.at(static_cast<std::int32_t>(i)), *rs));
+      texts.push_back(argumentText(Arguments.get(static_cast<std::int32_t>(i)), *rs));
     }
     return expandWith(Template, texts);
   });
@@ -171,26 +171,55 @@ String RemoveQuotesFromPath(const String& InputString) {
 }
 
 std::int32_t StringCount(const String& StringToSearch, const String& StringToCount) {
-  if (StringToSearch.empty()) return 0;
-  return static_cast<std::int32_t>(runtime::Split(StringToSearch, StringToCount).size()) - 1;
+  // The count of pieces a Split would give, less one, without making the pieces.
+  if (StringToSearch.empty() || StringToCount.empty()) return 0;
+  std::int64_t count = 0;
+  for (std::size_t at = StringToSearch.find(StringToCount); at != String::npos;
+       at = StringToSearch.find(StringToCount, at + StringToCount.size())) {
+    ++count;
+  }
+  return static_cast<std::int32_t>(count);
 }
 
+namespace {
+// Runs of spaces as single spaces: what replacing "  " by " " until nothing changes leaves.
+template <class Sink>
+void forEachSpaceSeparated(std::u16string_view s, Sink sink) {
+  std::size_t start = 0;
+  while (true) {
+    const std::size_t space = s.find(u' ', start);
+    if (space == std::u16string_view::npos) {
+      sink(s.substr(start));
+      return;
+    }
+    sink(s.substr(start, space - start));
+    start = s.find_first_not_of(u' ', space);
+    if (start == std::u16string_view::npos) {
+      sink(std::u16string_view());
+      return;
+    }
+  }
+}
+}  // namespace
+
 String ReplaceMultipleSpaces(const String& text) {
-  String s = text;
-  std::size_t before = 0;
-  do {
-    before = s.size();
-    s = runtime::Replace(s, u"  ", u" ");
-  } while (s.size() != before);
-  return s;
+  String out;
+  out.reserve(text.size());
+  bool first = true;
+  forEachSpaceSeparated(text, [&](std::u16string_view word) {
+    if (!first) out += u' ';
+    out += word;
+    first = false;
+  });
+  return out;
 }
 
 Variant SplitOnSpaces(const String& text, std::int32_t* NumWords, VBool TrimFirst) {
-  const String s = ReplaceMultipleSpaces(nonZero(TrimFirst) ? Trim(text) : text);
-  std::vector<Variant> words;
-  for (String& w : runtime::Split(s, u" ")) words.emplace_back(std::move(w));
+  const std::u16string_view s = nonZero(TrimFirst) ? runtime::trimView(text) : text;
+  std::vector<String> words;
+  if (!s.empty()) forEachSpaceSeparated(s, [&](std::u16string_view w) { words.emplace_back(w); });
   if (NumWords != nullptr) *NumWords = static_cast<std::int32_t>(words.size());
-  return Variant(SafeArray(VarType::String, 0, std::move(words)));
+  return Variant(SafeArray(0, std::move(words)));
 }
 
 std::int32_t LenTrim(const String& CharString) {
@@ -343,7 +372,7 @@ VBool bStringInArray(const String& Find, const Variant& vArray, std::int32_t* In
     const auto rs = platform::userRegionalSettings();
     VBool found = VBool::False;
     countedLoop<std::int32_t>(items.lowerBound(), items.upperBound(), [&](std::int32_t i) {
-      if (nonZero(bStrComp(Find, runtime::CStr(items.at(i), *rs), CaseSensitive, TrimWords))) {
+      if (nonZero(bStrComp(Find, runtime::CStr(items.get(i), *rs), CaseSensitive, TrimWords))) {
         if (Index != nullptr) *Index = i;
         found = VBool::True;
         return true;

@@ -120,8 +120,8 @@ TEST_F(StringsTest, CountingSpacingAndSplitting) {
     const Variant v = SplitOnSpaces(text, &numWords, trimFirst);
     const SafeArray& a = *v.array();
     EXPECT_TRUE(a.dimensioned() && a.lowerBound() == 0 && a.elementType() == VarType::String);
-    std::vector<String> got;
-    for (const Variant& item : a.items()) got.push_back(*item.get<String>());
+    ASSERT_NE(a.elements<String>(), nullptr) << "words are held as strings, not variants";
+    const std::vector<String> got = *a.elements<String>();
     EXPECT_EQ(std::pair(got, numWords), std::pair(words, std::int32_t(words.size()))) << show(text);
   }
   EXPECT_EQ(SplitOnSpaces(u" x ").array()->upperBound(), 0);

@@ -46,7 +46,7 @@ batch_out=$(printf '%s\n' \
   '{"call":"StringUtilities.MakePath","args":["","C","temp","a","txt"]}' \
   | env LC_ALL=en_US.UTF-8 "$orvo" batch)
 batch_want='{"result":["a","b"],"byref":{"NumWords":2}}
-{"error":{"number":5,"description":"Invalid procedure call or argument: a batch line is one JSON object","source":"orvo"}}
+{"error":{"number":5,"description":"Invalid procedure call or argument: a batch line is one JSON object, it starts with: not json","source":"orvo"}}
 {"result":2.5}
 {"result":null}
 {"result":null,"byref":{"FullPath":"C:\\temp\\a.txt"}}'

@@ -258,6 +258,10 @@ def gen_registry(classes):
                     out.append(f"  {p.value_type()} {v} = coerce<{p.value_type()}>(a[{i}]);")
                     call_args.append(("&" if p.optional else "") + v)
                     after.append(f"  a[{i}] = toVariant(std::move({v}));")
+                elif p.value_type() == "String":
+                    # The argument list belongs to this call: text passed by value moves.
+                    out.append(f"  const String {v} = takeString(a[{i}]);")
+                    call_args.append(v)
                 else:
                     out.append(f"  const {p.value_type()} {v} = coerce<{p.value_type()}>(a[{i}]);")
                     call_args.append(v)

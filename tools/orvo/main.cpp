@@ -1,25 +1,21 @@
 // orvo: the library's members from the shell. "orvo call" makes one call, "orvo batch" many in
 // one process so that process-wide state carries from call to call.
+//
+// Exit status: 0 done, 1 the call raised an error (or an unknown class was named), 2 the
+// command line is wrong, 3 the output could not be written.
 
-#include <algorithm>
-#include <cctype>
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <iostream>
-#include <nlohmann/json.hpp>
-#include <optional>
-#include <regex>
 #include <string>
-#include <vector>
 
-#include "json_bridge.hpp"
+#include "cli.hpp"
 #include "orvogeneric/automation.hpp"
-#include "orvogeneric/error.hpp"
 
 namespace {
 
 using namespace orvo;
-using automation::MemberKind;
 
 constexpr const char* kUsage =
     "usage:\n"
@@ -29,188 +25,83 @@ constexpr const char* kUsage =
     "ARG is JSON; a bare word that is not JSON is a string.\n"
     "A batch line: {\"call\": \"Class.Member\", \"args\": [...], \"named\": {\"Param\": ...}}\n"
     "              {\"object\": H, \"call\": \"Member\", ...}   a member of a returned object\n"
-    "              {\"call\": \"Class.Property\", \"let\": value}\n";
+    "              {\"call\": \"Class.Property\", \"let\": value}\n"
+    "Exit status: 0 done, 1 the call raised an error, 2 usage, 3 the output could not be "
+    "written.\n";
 
-[[noreturn]] void fail(std::int32_t number, const std::string& text) {
-  throw Error(number, fromUtf8(text), u"orvo");
+constexpr int kExitOutputFailed = 3;
+
+// Writes the whole text; false (errno set) when the output refused it.
+bool put(const std::string& text) {
+  return std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
 }
 
-struct Call {
-  std::shared_ptr<Object> target;
-  std::string member;
-  std::vector<Variant> args;
-  std::vector<automation::NamedArgument> named;
-  std::optional<Variant> let;
-};
-
-std::shared_ptr<Object> classInstance(const std::string& className) {
-  const auto* cls = automation::findClass(className);
-  if (cls == nullptr) fail(429, "ActiveX component can't create object: no class " + className);
-  if (!cls->global) {
-    fail(429, "ActiveX component can't create object: " + className +
-                  " is handed out by FactoryMethods only");
+// Buffered output only fails when it is flushed: a full disk or a closed pipe is reported here
+// rather than lost at exit.
+int finish(int status) {
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    std::fprintf(stderr, "orvo: cannot write the output: %s\n", std::strerror(errno));
+    return kExitOutputFailed;
   }
-  return automation::globalInstance(className);
-}
-
-std::pair<std::string, std::string> splitTarget(const std::string& target) {
-  const auto dot = target.find('.');
-  if (dot == std::string::npos || dot == 0 || dot + 1 == target.size()) {
-    fail(5, "Invalid procedure call or argument: expected Class.Member, got \"" + target + "\"");
-  }
-  return {target.substr(0, dot), target.substr(dot + 1)};
-}
-
-// What the caller passed for a parameter: by position, by name, or nothing.
-const Variant* passedValue(const Call& call, const automation::MemberInfo& member,
-                           const std::string& name) {
-  for (std::size_t i = 0; i < member.params.size() && i < call.args.size(); ++i) {
-    if (member.params[i].name == name) return &call.args[i];
-  }
-  for (const auto& n : call.named) {
-    if (n.name.size() == name.size() &&
-        std::equal(n.name.begin(), n.name.end(), name.begin(), [](char a, char b) {
-          return std::toupper(static_cast<unsigned char>(a)) ==
-                 std::toupper(static_cast<unsigned char>(b));
-        })) {
-      return &n.value;
-    }
-  }
-  return nullptr;
-}
-
-std::string run(const Call& call, cli::ObjectTable& objects) {
-  const auto* cls = automation::findClass(call.target->className());
-  MemberKind kind = MemberKind::Method;
-  if (call.let) {
-    kind = MemberKind::PropertyLet;
-  } else if (cls != nullptr &&
-             automation::findMember(*cls, call.member, MemberKind::Method) == nullptr &&
-             automation::findMember(*cls, call.member, MemberKind::PropertyGet) != nullptr) {
-    kind = MemberKind::PropertyGet;
-  }
-  const automation::MemberInfo* member =
-      cls != nullptr ? automation::findMember(*cls, call.member, kind) : nullptr;
-  if (member == nullptr) {
-    fail(438, "Object doesn't support this property or method: " +
-                  std::string(call.target->className()) + "." + call.member);
-  }
-  const automation::CallResult result =
-      call.let ? automation::invoke(*call.target, call.member, {*call.let}, {}, kind)
-               : automation::invoke(*call.target, call.member, call.args, call.named, kind);
-  std::string byref;
-  for (const auto& [name, value] : result.byref) {
-    // Arrays travel by reference so that they are not copied, not because they are answers:
-    // an array the call left as it was is not repeated back.
-    const Variant* passed = passedValue(call, *member, name);
-    if (value.isArray() && passed != nullptr && *passed == value) continue;
-    byref +=
-        (byref.empty() ? "" : ",") + cli::quote(fromUtf8(name)) + ":" + cli::toJson(value, objects);
-  }
-  std::string out = "{\"result\":" + cli::toJson(result.result, objects);
-  if (!byref.empty()) out += ",\"byref\":{" + byref + "}";
-  return out + "}";
-}
-
-Variant argumentFromText(const std::string& text, const cli::ObjectTable& objects) {
-  const auto parsed = nlohmann::json::parse(text, nullptr, /*allow_exceptions=*/false);
-  if (parsed.is_discarded()) return Variant(fromUtf8(text));
-  return cli::toVariant(parsed, objects);
+  return status;
 }
 
 int commandCall(int argc, char** argv) {
   cli::ObjectTable objects;
-  try {
-    if (argc < 3) fail(5, "Invalid procedure call or argument: orvo call Class.Member [ARG...]");
-    const auto [className, member] = splitTarget(argv[2]);
-    Call call{classInstance(className), member, {}, {}, std::nullopt};
-    static const std::regex namedArg(R"(^([A-Za-z_][A-Za-z0-9_]*):=(.*)$)");
-    for (int i = 3; i < argc; ++i) {
-      std::smatch m;
-      const std::string arg = argv[i];
-      if (std::regex_match(arg, m, namedArg)) {
-        call.named.push_back({m[1], argumentFromText(m[2], objects)});
-      } else {
-        if (!call.named.empty())
-          fail(5, "Invalid procedure call or argument: positional after named");
-        call.args.push_back(argumentFromText(arg, objects));
-      }
-    }
-    std::cout << run(call, objects) << "\n";
-    return 0;
-  } catch (const Error& e) {
-    std::cout << cli::errorJson(e) << "\n";
-    return 1;
-  }
-}
-
-std::string batchLine(const std::string& line, cli::ObjectTable& objects) {
-  try {
-    const auto j = nlohmann::json::parse(line, nullptr, false);
-    if (j.is_discarded() || !j.is_object()) {
-      fail(5, "Invalid procedure call or argument: a batch line is one JSON object");
-    }
-    if (!j.contains("call") || !j.at("call").is_string()) {
-      fail(5, "Invalid procedure call or argument: the line has no \"call\"");
-    }
-    const auto target = j.at("call").get<std::string>();
-    Call call;
-    if (j.contains("object")) {
-      call.target = objects.get(j.at("object").get<std::int64_t>());
-      call.member = target;
-    } else {
-      const auto [className, member] = splitTarget(target);
-      call.target = classInstance(className);
-      call.member = member;
-    }
-    if (j.contains("args")) {
-      if (!j.at("args").is_array())
-        fail(5, "Invalid procedure call or argument: \"args\" is a list");
-      for (const auto& a : j.at("args")) call.args.push_back(cli::toVariant(a, objects));
-    }
-    if (j.contains("named")) {
-      if (!j.at("named").is_object())
-        fail(5, "Invalid procedure call or argument: \"named\" is an object");
-      for (const auto& [name, value] : j.at("named").items()) {
-        call.named.push_back({name, cli::toVariant(value, objects)});
-      }
-    }
-    if (j.contains("let")) call.let = cli::toVariant(j.at("let"), objects);
-    return run(call, objects);
-  } catch (const Error& e) {
-    return cli::errorJson(e);
-  } catch (const std::exception& e) {
-    return cli::errorJson(
-        Error(5, u"Invalid procedure call or argument: " + fromUtf8(e.what()), u"orvo"));
-  }
+  const cli::CallAnswer answer = cli::callLine(argc, argv, objects);
+  put(answer.line + "\n");
+  return finish(answer.ok ? 0 : 1);
 }
 
 int commandBatch() {
   cli::ObjectTable objects;
-  std::string line;
-  while (std::getline(std::cin, line)) {
-    std::cout << batchLine(line, objects) << "\n" << std::flush;
+  char* buffer = nullptr;
+  std::size_t capacity = 0;
+  ssize_t length = 0;
+  int status = 0;
+  // POSIX getline keeps one buffer for every line, grown in place for a long one.
+  while ((length = ::getline(&buffer, &capacity, stdin)) >= 0) {
+    std::string_view line(buffer, static_cast<std::size_t>(length));
+    if (!line.empty() && line.back() == '\n') line.remove_suffix(1);
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    std::string answer = cli::batchLine(line, objects);
+    answer += '\n';
+    if (!put(answer) || std::fflush(stdout) != 0) {
+      status = finish(0);
+      break;
+    }
   }
-  return 0;
+  std::free(buffer);  // NOLINT(cppcoreguidelines-no-malloc): getline's own buffer
+  return status != 0 ? status : finish(0);
 }
 
 int commandMembers(int argc, char** argv) {
+  if (argc > 2 && automation::findClass(argv[2]) == nullptr) {
+    std::fprintf(stderr, "orvo: no class %s (orvo members lists them all)\n", argv[2]);
+    return 1;
+  }
   const char* kinds[] = {"", "get ", "let "};
+  std::string out;
   for (const auto& cls : automation::classes()) {
     if (argc > 2 && automation::findClass(argv[2]) != &cls) continue;
-    std::cout << cls.name << (cls.global ? " (global)" : "") << "\n";
+    out.append(cls.name).append(cls.global ? " (global)" : "").append("\n");
     for (const auto& m : cls.members) {
-      std::cout << "  " << kinds[static_cast<int>(m.kind)] << m.resultType << " " << m.name << "(";
+      out.append("  ").append(kinds[static_cast<int>(m.kind)]).append(m.resultType);
+      out.append(" ").append(m.name).append("(");
       for (std::size_t i = 0; i < m.params.size(); ++i) {
         const auto& p = m.params[i];
-        std::cout << (i ? ", " : "")
-                  << (p.direction == automation::Direction::InOut ? "inout " : "")
-                  << (p.optional ? "optional " : "") << p.type << " " << p.name;
+        out.append(i ? ", " : "")
+            .append(p.direction == automation::Direction::InOut ? "inout " : "")
+            .append(p.optional ? "optional " : "")
+            .append(p.type)
+            .append(" ")
+            .append(p.name);
       }
-      std::cout << ")\n";
+      out.append(")\n");
     }
   }
-  return 0;
+  put(out);
+  return finish(0);
 }
 
 }  // namespace
@@ -218,7 +109,7 @@ int commandMembers(int argc, char** argv) {
 int main(int argc, char** argv) {
   if (argc < 2 || std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0) {
     std::fputs(kUsage, argc < 2 ? stderr : stdout);
-    return argc < 2 ? 2 : 0;
+    return argc < 2 ? 2 : finish(0);
   }
   const std::string verb = argv[1];
   if (verb == "call") return commandCall(argc, argv);
