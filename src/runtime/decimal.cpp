@@ -52,13 +52,40 @@ char Decimal::digitAt(int power) const noexcept {
   return digits[static_cast<std::size_t>(index)];
 }
 
+namespace {
+
+// Whether |value| lies exactly halfway between two numbers of `significant` digits. Only then
+// does the platform's rounding differ from to_chars' (it goes away from zero, not to even), so
+// the exact expansion is only written out when three more digits read "500".
+bool isExactTie(double magnitude, int significant) {
+  std::array<char, 64> near{};
+  const auto r = std::to_chars(near.data(), near.data() + near.size(), magnitude,
+                               std::chars_format::scientific, significant + 2);
+  // d.ddd...e+x: the digits after the first `significant` ones sit before the 'e'.
+  const std::string_view text(near.data(), static_cast<std::size_t>(r.ptr - near.data()));
+  if (text.substr(text.find('e') - 3, 3) != "500") return false;
+  // A double's exact decimal expansion has at most 767 significant digits.
+  std::array<char, 800> exact{};
+  const auto x = std::to_chars(exact.data(), exact.data() + exact.size(), magnitude,
+                               std::chars_format::scientific, 780);
+  const std::string_view all(exact.data(), static_cast<std::size_t>(x.ptr - exact.data()));
+  const std::size_t e = all.find('e');
+  const std::size_t half = static_cast<std::size_t>(significant) + 1;  // past "d."
+  return all[half] == '5' && all.find_first_not_of('0', half + 1) == e;
+}
+
+}  // namespace
+
 Decimal decimalFromDouble(double value, int significant) {
   Decimal d;
   if (value == 0 || !std::isfinite(value)) return d;
   // to_chars is correctly rounded and, unlike printf, never looks at the C locale.
+  const double magnitude = std::fabs(value);
+  const bool tie = isExactTie(magnitude, significant);
   std::array<char, 64> buf{};
-  const auto res = std::to_chars(buf.data(), buf.data() + buf.size(), std::fabs(value),
-                                 std::chars_format::scientific, significant - 1);
+  // A tie is written with one digit more, "...5", and then rounded up by hand below.
+  const auto res = std::to_chars(buf.data(), buf.data() + buf.size(), magnitude,
+                                 std::chars_format::scientific, significant - (tie ? 0 : 1));
   const std::string_view text(buf.data(), static_cast<std::size_t>(res.ptr - buf.data()));
   const std::size_t e = text.find('e');
   for (std::size_t i = 0; i < e; ++i) {
@@ -68,6 +95,18 @@ Decimal decimalFromDouble(double value, int significant) {
   std::from_chars(text.data() + e + (text[e + 1] == '+' ? 2 : 1), text.data() + text.size(),
                   exponent);
   d.point = exponent + 1;
+  if (tie) {
+    d.digits.pop_back();  // the 5
+    std::size_t i = d.digits.size();
+    while (i > 0 && d.digits[i - 1] == '9') d.digits[--i] = '0';
+    if (i == 0) {
+      d.digits.insert(d.digits.begin(), '1');
+      d.digits.pop_back();
+      ++d.point;
+    } else {
+      ++d.digits[i - 1];
+    }
+  }
   d.negative = value < 0;
   stripTrailingZeros(d);
   return d;

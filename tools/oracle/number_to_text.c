@@ -112,6 +112,34 @@ static const double r8_base[] = {
     99.995, 1.005, 0.015, 19.99, 100.01,
 };
 
+/* Exact ties: doubles whose binary value, written out in decimal, has
+ * exactly 16 significant digits ending in 5, so the 15-digit cut falls
+ * precisely halfway.  Most have an even 15th digit, where rounding half
+ * away from zero and half to even give different text; 123456789012345.5
+ * above and the two odd ones here are the controls.  All are exactly
+ * representable, so the literals are the values. */
+static const double r8_ties[] = {
+    /* integer + .5 between 1e14 and 1e15 (ulp 1/64 .. 1/8) */
+    678253998963290.5, 100000000000000.5, 999999999999998.5, 500000000000000.5,
+    314159265358972.5, 281474976710656.5, 123456789012344.5,
+    /* fewer integer digits, more binary fraction digits */
+    12345678901234.25, 1234567890123.125, 123456789012.0625,
+    100.0001220703125, 10.00006103515625, 1.000030517578125,
+    0.5000152587890625, 0.1000518798828125, 0.0001010894775390625,
+    /* in E notation: 16- and 17-digit integers, small powers of two */
+    1234567890123445.0, 9007199254740985.0, 12345678901234450.0,
+    1.239776611328125e-05, 2.384185791015625e-07,
+    /* odd 15th digit: both rules round up */
+    7.152557373046875e-07, 1.430511474609375e-06,
+};
+
+/* Ties whose neighbours one ulp below and above are probed as well: there
+ * the cut is no longer a tie, and the text must go down and up. */
+static const double r8_near_ties[] = {
+    678253998963290.5, 12345678901234.25, 1.000030517578125,
+    1234567890123445.0, 2.384185791015625e-07,
+};
+
 static const float r4_vals[] = {
     0.0f, 1.0f, 2.5f, 0.5f, 1.5f, 0.1f, 0.2f, 0.3f, 0.05f,
     1.0f / 3, 2.0f / 3, 3.14159265f, 1234.5678f, 123456.7f, 1234567.0f,
@@ -199,6 +227,21 @@ int main(int argc, char **argv)
         };
         for (i = 0; i < sizeof dates / sizeof dates[0]; i++)
             do_date(dates[i]);
+    }
+
+    /* The ties come last so that adding them left every earlier line of
+     * the golden file where it was. */
+    for (i = 0; i < sizeof r8_ties / sizeof r8_ties[0]; i++) {
+        do_r8(r8_ties[i]);
+        do_r8(-r8_ties[i]);
+    }
+    for (i = 0; i < sizeof r8_near_ties / sizeof r8_near_ties[0]; i++) {
+        double below = nextafter(r8_near_ties[i], 0.0);
+        double above = nextafter(r8_near_ties[i], INFINITY);
+        do_r8(below);
+        do_r8(-below);
+        do_r8(above);
+        do_r8(-above);
     }
     return 0;
 }
