@@ -39,6 +39,7 @@ build number_to_text -loleaut32 &
 build format -loleaut32 &
 build path_compact -lshlwapi &
 build locale_numbers &
+build locale_info &
 for job in $(jobs -p); do wait "$job"; done
 
 # wine <locale> <exe> [args]: one probe run with the given user locale.
@@ -77,12 +78,24 @@ done
 reset_locale_for en_US.UTF-8
 probe en_US.UTF-8 path_compact -h >"$work/out/path_compact.tsv"
 probe en_US.UTF-8 locale_numbers -h >"$work/out/locale_numbers.tsv"
+probe en_US.UTF-8 locale_info -h >"$work/out/locale_info.tsv"
+
+# The process-wide defaults (user/system LCID, ACP, OEMCP) under each of
+# these user locales.  Last, because every one of them rewrites the
+# per-user regional settings.
+process_locales=(en_US.UTF-8 de_DE.UTF-8 ja_JP.UTF-8 zh_CN.UTF-8 ru_RU.UTF-8
+    pl_PL.UTF-8 th_TH.UTF-8 ko_KR.UTF-8 zh_TW.UTF-8 el_GR.UTF-8 tr_TR.UTF-8
+    he_IL.UTF-8 ar_SA.UTF-8 lt_LT.UTF-8 vi_VN.UTF-8)
+for loc in "${process_locales[@]}"; do
+    probe "$loc" locale_info -p "$loc" >>"$work/out/locale_info.tsv"
+done
 
 mkdir -p "$golden"
-for f in number_to_text format path_compact locale_numbers; do
+for f in number_to_text format path_compact locale_numbers locale_info; do
     mv "$work/out/$f.tsv" "$golden/$f.tsv"
 done
 
 wineserver -k || true
 wc -l "$golden"/number_to_text.tsv "$golden"/format.tsv \
-      "$golden"/path_compact.tsv "$golden"/locale_numbers.tsv
+      "$golden"/path_compact.tsv "$golden"/locale_numbers.tsv \
+      "$golden"/locale_info.tsv
