@@ -1,0 +1,41 @@
+// Any bytes as orvo batch input, through the same code orvo runs: every line gets exactly one
+// answer line, a result or a numbered error; never a crash, a hang on nesting, or an over-read.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+
+#include "cli.hpp"
+#include "fuzz_input.hpp"
+
+namespace {
+
+bool isAnswerLine(const std::string& answer) {
+  const bool shaped = answer.rfind(R"({"result":)", 0) == 0 || answer.rfind(R"({"error":{)", 0) == 0;
+  return shaped && answer.back() == '}' && answer.find('\n') == std::string::npos;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  // Members that touch files must find a scratch directory, not the repository.
+  char dir[] = "/tmp/orvo_batch_fuzz_XXXXXX";
+  if (::mkdtemp(dir) == nullptr || ::chdir(dir) != 0) std::abort();
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  std::string_view input(reinterpret_cast<const char*>(data), size);
+  orvo::cli::ObjectTable objects;  // one batch: handles from earlier lines are valid later
+  while (true) {
+    const std::size_t end = input.find('\n');
+    const std::string_view line = input.substr(0, end);
+    const std::string answer = orvo::cli::batchLine(line, objects);
+    if (!isAnswerLine(answer)) __builtin_trap();
+    if (end == std::string_view::npos) break;
+    input.remove_prefix(end + 1);
+  }
+  return 0;
+}
