@@ -94,9 +94,7 @@ void memoryOfOneLine(benchmark::State& state, const char* member, const char* ex
   state.counters["ours_over_peer"] = ours / peer;
 }
 
-void BM_BatchLineMemory_LenTrim(benchmark::State& state) {
-  memoryOfOneLine(state, "LenTrim", "");
-}
+void BM_BatchLineMemory_LenTrim(benchmark::State& state) { memoryOfOneLine(state, "LenTrim", ""); }
 void BM_BatchLineMemory_StringCount(benchmark::State& state) {
   memoryOfOneLine(state, "StringCount", R"(,"word1")");
 }

@@ -1,11 +1,12 @@
 // Any bytes as orvo batch input, through the same code orvo runs: every line gets exactly one
 // answer line, a result or a numbered error; never a crash, a hang on nesting, or an over-read.
+#include <unistd.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <string_view>
-#include <unistd.h>
 
 #include "cli.hpp"
 #include "fuzz_input.hpp"
@@ -13,7 +14,8 @@
 namespace {
 
 bool isAnswerLine(const std::string& answer) {
-  const bool shaped = answer.rfind(R"({"result":)", 0) == 0 || answer.rfind(R"({"error":{)", 0) == 0;
+  const bool shaped =
+      answer.rfind(R"({"result":)", 0) == 0 || answer.rfind(R"({"error":{)", 0) == 0;
   return shaped && answer.back() == '}' && answer.find('\n') == std::string::npos;
 }
 
