@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -13,10 +15,29 @@ namespace orvo::platform {
 // 1250/1251/1253/1254/1255/1256/1257/1258/874 by region).
 std::uint32_t systemAnsiCodePage();
 
-// Text to bytes in a Windows code page with the platform's default character "?" for what the
-// code page cannot represent, one "?" per UTF-16 code unit of an unmappable surrogate pair.
+inline constexpr std::uint32_t kCodePageUtf8 = 65001;
+
+// Text to bytes in a Windows code page as the platform converts with flags 0: best-fit
+// characters, the default character "?" for what the page cannot represent (one per UTF-16 code
+// unit, so an unmappable surrogate pair gives "??"); UTF-8 writes a lone surrogate as U+FFFD.
 std::string wideToMultiByte(std::uint32_t codePage, std::u16string_view text);
-// Bytes to text; invalid sequences become the code page's default character.
+// Bytes to text: undefined bytes and broken sequences as the platform reads them.
 String multiByteToWide(std::uint32_t codePage, std::string_view bytes);
+
+// Whether the page converts through the platform's recorded tables (the ANSI code pages 874,
+// 932, 936, 949, 950, 1250-1258) or the UTF-8 rules here; other pages go through ICU's tables,
+// which can differ from the platform's in best fits and broken sequences.
+bool hasRecordedTables(std::uint32_t codePage);
+// The same conversions into a caller's buffer, for whole buffers of a file: out holds at least
+// bytes.size() units (decoding) or 3 * text.size() bytes (encoding). Returns the count written.
+std::size_t multiByteToWide(std::uint32_t codePage, std::span<const std::uint8_t> bytes,
+                            char16_t* out);
+std::size_t wideToMultiByte(std::uint32_t codePage, std::u16string_view text, std::uint8_t* out);
+
+namespace detail {
+// ICU's converters, for the pages without recorded tables.
+std::string icuWideToMultiByte(std::uint32_t codePage, std::u16string_view text);
+String icuMultiByteToWide(std::uint32_t codePage, std::string_view bytes);
+}  // namespace detail
 
 }  // namespace orvo::platform

@@ -91,7 +91,9 @@ std::string run(Call call, ObjectTable& objects) {
   std::string out = "{\"result\":";
   appendJson(out, result.result, objects);
   bool first = true;
-  for (const auto& [name, value] : result.byref) {
+  for (const auto& entry : result.byref) {
+    const std::string& name = entry.first;
+    const Variant& value = entry.second;
     if (const SafeArray* after = value.array()) {
       const auto passed = std::find_if(passedArrays.begin(), passedArrays.end(),
                                        [&](const auto& p) { return p.first == name; });

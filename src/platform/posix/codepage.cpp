@@ -60,7 +60,7 @@ ConverterPtr openConverter(std::uint32_t codePage) {
       status = U_ZERO_ERROR;
       ucnv_setSubstChars(c.get(), "?", 1, &status);
       // ICU's fallback mappings are the nearest it has to the platform's best fit (a macron
-      // letter to its base letter); the exact best-fit tables come with the code-page work.
+      // letter to its base letter) for the pages without recorded tables.
       ucnv_setFallback(c.get(), true);
       return c;
     }
@@ -80,7 +80,7 @@ UConverter& converter(std::uint32_t codePage) {
 
 std::uint32_t systemAnsiCodePage() { return userRegionalSettings()->ansiCodePage; }
 
-std::string wideToMultiByte(std::uint32_t codePage, std::u16string_view text) {
+std::string detail::icuWideToMultiByte(std::uint32_t codePage, std::u16string_view text) {
   UConverter& cnv = converter(codePage);
   std::string out;
   out.reserve(text.size());
@@ -107,7 +107,7 @@ std::string wideToMultiByte(std::uint32_t codePage, std::u16string_view text) {
   return out;
 }
 
-String multiByteToWide(std::uint32_t codePage, std::string_view bytes) {
+String detail::icuMultiByteToWide(std::uint32_t codePage, std::string_view bytes) {
   UConverter& cnv = converter(codePage);
   ucnv_resetToUnicode(&cnv);
   String out(bytes.size() * 2 + 2, u'\0');

@@ -1,0 +1,213 @@
+// Conversions between UTF-16 and the Windows code pages with the platform's own answers, flags
+// 0: best-fit characters, "?" for what a page cannot hold (one per UTF-16 code unit), the
+// platform's treatment of undefined bytes and broken double-byte sequences. The fourteen ANSI
+// code pages run on the recorded tables; UTF-8 is decoded here; other pages go to ICU.
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/codepage.hpp"
+#include "platform/codepage_tables.hpp"
+
+namespace orvo::platform {
+
+namespace {
+
+const tables::CodePageTable* tableFor(std::uint32_t codePage) {
+  const auto* begin = tables::kCodePages;
+  const auto* end = begin + tables::kCodePageCount;
+  const auto* it = std::lower_bound(
+      begin, end, codePage,
+      [](const tables::CodePageTable& t, std::uint32_t cp) { return t.codePage < cp; });
+  return it != end && it->codePage == codePage ? it : nullptr;
+}
+
+// Eight bytes at a time while they are all below 0x80.
+inline std::size_t asciiRun(const std::uint8_t* in, std::size_t n) {
+  std::size_t i = 0;
+  for (; i + 8 <= n; i += 8) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, in + i, 8);
+    if ((word & 0x8080808080808080ULL) != 0) break;
+  }
+  while (i < n && in[i] < 0x80) ++i;
+  return i;
+}
+
+inline void widen(const std::uint8_t* in, std::size_t n, char16_t* out) {
+  for (std::size_t i = 0; i < n; ++i) out[i] = in[i];
+}
+
+std::size_t decodeTable(const tables::CodePageTable& t, const std::uint8_t* in, std::size_t n,
+                        char16_t* out) {
+  char16_t* const start = out;
+  std::size_t i = 0;
+  while (i < n) {
+    if (t.asciiIdentity) {
+      const std::size_t run = asciiRun(in + i, n - i);
+      widen(in + i, run, out);
+      out += run;
+      i += run;
+      if (i == n) break;
+    }
+    const std::uint8_t b = in[i];
+    const std::uint16_t row = t.rowOf[b];
+    // A lead byte takes the next byte with it unless that is NUL or there is none: the pair
+    // is one character or one default character, so a broken trail byte is swallowed.
+    if (row != 0xFFFF && i + 1 < n && in[i + 1] != 0) {
+      *out++ = t.rows[static_cast<std::size_t>(row) * 256 + in[i + 1]];
+      i += 2;
+    } else {
+      *out++ = t.single[b];
+      ++i;
+    }
+  }
+  return static_cast<std::size_t>(out - start);
+}
+
+std::size_t encodeTable(const tables::CodePageTable& t, const char16_t* in, std::size_t n,
+                        std::uint8_t* out) {
+  std::uint8_t* const start = out;
+  for (std::size_t i = 0; i < n; ++i) {
+    const char16_t c = in[i];
+    if (c < 0x80 && t.asciiIdentity) {
+      *out++ = static_cast<std::uint8_t>(c);
+      continue;
+    }
+    const std::uint16_t v = t.pages[static_cast<std::size_t>(t.pageOf[c >> 8]) * 256 + (c & 0xFF)];
+    if (v >= 0x100) *out++ = static_cast<std::uint8_t>(v >> 8);
+    *out++ = static_cast<std::uint8_t>(v);
+  }
+  return static_cast<std::size_t>(out - start);
+}
+
+// UTF-8 as the platform reads it with flags 0: each broken piece becomes one U+FFFD. The second
+// byte decides first: not a continuation byte, and the lead byte alone is the piece; a
+// continuation byte outside what the lead allows (an overlong form, a surrogate, beyond
+// U+10FFFF), and the two bytes are the piece. After that the piece is the lead byte and the
+// continuation bytes it had when one is missing.
+std::size_t decodeUtf8(const std::uint8_t* in, std::size_t n, char16_t* out) {
+  char16_t* const start = out;
+  std::size_t i = 0;
+  while (i < n) {
+    const std::size_t run = asciiRun(in + i, n - i);
+    widen(in + i, run, out);
+    out += run;
+    i += run;
+    if (i == n) break;
+    const std::uint8_t b = in[i];
+    const std::size_t len = b >= 0xC2 && b <= 0xDF   ? 2
+                            : b >= 0xE0 && b <= 0xEF ? 3
+                            : b >= 0xF0 && b <= 0xF4 ? 4
+                                                     : 0;
+    if (len == 0 || i + 1 == n || (in[i + 1] & 0xC0) != 0x80) {
+      *out++ = 0xFFFD;
+      ++i;
+      continue;
+    }
+    const std::uint8_t second = in[i + 1];
+    const std::uint8_t low = b == 0xE0 ? 0xA0 : b == 0xF0 ? 0x90 : 0x80;
+    const std::uint8_t high = b == 0xED ? 0x9F : b == 0xF4 ? 0x8F : 0xBF;
+    if (second < low || second > high) {
+      *out++ = 0xFFFD;
+      i += 2;
+      continue;
+    }
+    std::size_t k = 2;
+    while (k < len && i + k < n && (in[i + k] & 0xC0) == 0x80) ++k;
+    if (k < len) {
+      *out++ = 0xFFFD;
+      i += k;
+      continue;
+    }
+    char32_t cp = b & (0xFF >> (len + 1));
+    for (k = 1; k < len; ++k) cp = cp << 6 | (in[i + k] & 0x3F);
+    if (cp >= 0x10000) {
+      *out++ = static_cast<char16_t>(0xD800 + ((cp - 0x10000) >> 10));
+      *out++ = static_cast<char16_t>(0xDC00 + ((cp - 0x10000) & 0x3FF));
+    } else {
+      *out++ = static_cast<char16_t>(cp);
+    }
+    i += len;
+  }
+  return static_cast<std::size_t>(out - start);
+}
+
+// A surrogate that is not half of a pair is written as U+FFFD.
+std::size_t encodeUtf8(const char16_t* in, std::size_t n, std::uint8_t* out) {
+  std::uint8_t* const start = out;
+  for (std::size_t i = 0; i < n; ++i) {
+    char32_t c = in[i];
+    if (c < 0x80) {
+      *out++ = static_cast<std::uint8_t>(c);
+      continue;
+    }
+    if (c >= 0xD800 && c <= 0xDBFF && i + 1 < n && in[i + 1] >= 0xDC00 && in[i + 1] <= 0xDFFF) {
+      c = 0x10000 + ((c - 0xD800) << 10) + (in[i + 1] - 0xDC00);
+      ++i;
+    } else if (c >= 0xD800 && c <= 0xDFFF) {
+      c = 0xFFFD;
+    }
+    if (c < 0x800) {
+      *out++ = static_cast<std::uint8_t>(0xC0 | (c >> 6));
+    } else if (c < 0x10000) {
+      *out++ = static_cast<std::uint8_t>(0xE0 | (c >> 12));
+      *out++ = static_cast<std::uint8_t>(0x80 | ((c >> 6) & 0x3F));
+    } else {
+      *out++ = static_cast<std::uint8_t>(0xF0 | (c >> 18));
+      *out++ = static_cast<std::uint8_t>(0x80 | ((c >> 12) & 0x3F));
+      *out++ = static_cast<std::uint8_t>(0x80 | ((c >> 6) & 0x3F));
+    }
+    *out++ = static_cast<std::uint8_t>(0x80 | (c & 0x3F));
+  }
+  return static_cast<std::size_t>(out - start);
+}
+
+}  // namespace
+
+bool hasRecordedTables(std::uint32_t codePage) {
+  return codePage == kCodePageUtf8 || tableFor(codePage) != nullptr;
+}
+
+std::size_t multiByteToWide(std::uint32_t codePage, std::span<const std::uint8_t> bytes,
+                            char16_t* out) {
+  if (codePage == kCodePageUtf8) return decodeUtf8(bytes.data(), bytes.size(), out);
+  if (const auto* t = tableFor(codePage)) return decodeTable(*t, bytes.data(), bytes.size(), out);
+  const String text = detail::icuMultiByteToWide(
+      codePage, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+  std::copy(text.begin(), text.end(), out);
+  return text.size();
+}
+
+std::size_t wideToMultiByte(std::uint32_t codePage, std::u16string_view text, std::uint8_t* out) {
+  if (codePage == kCodePageUtf8) return encodeUtf8(text.data(), text.size(), out);
+  if (const auto* t = tableFor(codePage)) return encodeTable(*t, text.data(), text.size(), out);
+  const std::string bytes = detail::icuWideToMultiByte(codePage, text);
+  std::memcpy(out, bytes.data(), bytes.size());
+  return bytes.size();
+}
+
+String multiByteToWide(std::uint32_t codePage, std::string_view bytes) {
+  String out(bytes.size(), u'\0');  // never more units than bytes
+  std::size_t n = 0;
+  if (hasRecordedTables(codePage)) {
+    n = multiByteToWide(
+        codePage, std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()),
+        out.data());
+  } else {
+    return detail::icuMultiByteToWide(codePage, bytes);
+  }
+  out.resize(n);
+  return out;
+}
+
+std::string wideToMultiByte(std::uint32_t codePage, std::u16string_view text) {
+  if (!hasRecordedTables(codePage)) return detail::icuWideToMultiByte(codePage, text);
+  std::string out(text.size() * 3, '\0');  // UTF-8 needs at most three bytes per unit
+  const std::size_t n =
+      wideToMultiByte(codePage, text, reinterpret_cast<std::uint8_t*>(out.data()));
+  out.resize(n);
+  return out;
+}
+
+}  // namespace orvo::platform
