@@ -5,6 +5,9 @@
 
 #include <algorithm>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "platform/codepage.hpp"
 #include "platform/codepage_tables.hpp"
@@ -38,17 +41,55 @@ inline void widen(const std::uint8_t* in, std::size_t n, char16_t* out) {
   for (std::size_t i = 0; i < n; ++i) out[i] = in[i];
 }
 
+// Widens the sixteen bytes at in to out and returns how many of them lead as ASCII (16: all).
+// Text in these files is mostly ASCII with a character of another kind every few words, so the
+// cost that matters is getting back onto the fast path after each one. Every decoder here
+// writes at most one unit per byte it has consumed, so the sixteen units stay inside a buffer
+// of one unit per input byte whenever sixteen input bytes remain.
+inline std::size_t asciiBlock(const std::uint8_t* in, char16_t* out) {
+#if defined(__SSE2__)
+  const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+  const __m128i zero = _mm_setzero_si128();
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi8(v, zero));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 8), _mm_unpackhi_epi8(v, zero));
+  const int high = _mm_movemask_epi8(v);
+  return high == 0 ? 16 : static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(high)));
+#else
+  widen(in, 16, out);
+  return asciiRun(in, 16);
+#endif
+}
+
+// Narrows the eight units at in to out and returns how many of them lead below 0x80.
+inline std::size_t asciiBlock(const char16_t* in, std::uint8_t* out) {
+#if defined(__SSE2__)
+  const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+  // Units of 0x80 and above have a bit set beyond the low seven.
+  const __m128i above = _mm_cmpeq_epi16(
+      _mm_and_si128(v, _mm_set1_epi16(static_cast<short>(0xFF80))), _mm_setzero_si128());
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(v, v));
+  const unsigned ascii = static_cast<unsigned>(_mm_movemask_epi8(above));
+  return ascii == 0xFFFF ? 8 : static_cast<std::size_t>(__builtin_ctz(~ascii)) / 2;
+#else
+  std::size_t k = 0;
+  while (k < 8 && in[k] < 0x80) {
+    out[k] = static_cast<std::uint8_t>(in[k]);
+    ++k;
+  }
+  return k;
+#endif
+}
+
 std::size_t decodeTable(const tables::CodePageTable& t, const std::uint8_t* in, std::size_t n,
                         char16_t* out) {
   char16_t* const start = out;
   std::size_t i = 0;
   while (i < n) {
-    if (t.asciiIdentity) {
-      const std::size_t run = asciiRun(in + i, n - i);
-      widen(in + i, run, out);
-      out += run;
-      i += run;
-      if (i == n) break;
+    if (t.asciiIdentity && i + 16 <= n) {
+      const std::size_t k = asciiBlock(in + i, out);
+      out += k;
+      i += k;
+      if (k == 16) continue;
     }
     const std::uint8_t b = in[i];
     const std::uint16_t row = t.rowOf[b];
@@ -68,12 +109,16 @@ std::size_t decodeTable(const tables::CodePageTable& t, const std::uint8_t* in, 
 std::size_t encodeTable(const tables::CodePageTable& t, const char16_t* in, std::size_t n,
                         std::uint8_t* out) {
   std::uint8_t* const start = out;
-  for (std::size_t i = 0; i < n; ++i) {
-    const char16_t c = in[i];
-    if (c < 0x80 && t.asciiIdentity) {
-      *out++ = static_cast<std::uint8_t>(c);
-      continue;
+  std::size_t i = 0;
+  while (i < n) {
+    // Eight bytes written for at most eight consumed units: within a buffer of one per unit.
+    if (t.asciiIdentity && i + 8 <= n) {
+      const std::size_t k = asciiBlock(in + i, out);
+      out += k;
+      i += k;
+      if (k == 8) continue;
     }
+    const char16_t c = in[i++];
     const std::uint16_t v = t.pages[static_cast<std::size_t>(t.pageOf[c >> 8]) * 256 + (c & 0xFF)];
     if (v >= 0x100) *out++ = static_cast<std::uint8_t>(v >> 8);
     *out++ = static_cast<std::uint8_t>(v);
@@ -90,11 +135,15 @@ std::size_t decodeUtf8(const std::uint8_t* in, std::size_t n, char16_t* out) {
   char16_t* const start = out;
   std::size_t i = 0;
   while (i < n) {
-    const std::size_t run = asciiRun(in + i, n - i);
-    widen(in + i, run, out);
-    out += run;
-    i += run;
-    if (i == n) break;
+    if (i + 16 <= n) {
+      const std::size_t k = asciiBlock(in + i, out);
+      out += k;
+      i += k;
+      if (k == 16) continue;
+    } else if (in[i] < 0x80) {
+      *out++ = in[i++];
+      continue;
+    }
     const std::uint8_t b = in[i];
     const std::size_t len = b >= 0xC2 && b <= 0xDF   ? 2
                             : b >= 0xE0 && b <= 0xEF ? 3
@@ -137,6 +186,15 @@ std::size_t decodeUtf8(const std::uint8_t* in, std::size_t n, char16_t* out) {
 std::size_t encodeUtf8(const char16_t* in, std::size_t n, std::uint8_t* out) {
   std::uint8_t* const start = out;
   for (std::size_t i = 0; i < n; ++i) {
+    if (i + 8 <= n) {
+      const std::size_t k = asciiBlock(in + i, out);
+      out += k;
+      i += k;
+      if (k == 8) {
+        --i;  // the loop's own step
+        continue;
+      }
+    }
     char32_t c = in[i];
     if (c < 0x80) {
       *out++ = static_cast<std::uint8_t>(c);
