@@ -25,6 +25,7 @@ const tables::CodePageTable* tableFor(std::uint32_t codePage) {
   return it != end && it->codePage == codePage ? it : nullptr;
 }
 
+#if !defined(__SSE2__)
 // Eight bytes at a time while they are all below 0x80.
 inline std::size_t asciiRun(const std::uint8_t* in, std::size_t n) {
   std::size_t i = 0;
@@ -36,10 +37,7 @@ inline std::size_t asciiRun(const std::uint8_t* in, std::size_t n) {
   while (i < n && in[i] < 0x80) ++i;
   return i;
 }
-
-inline void widen(const std::uint8_t* in, std::size_t n, char16_t* out) {
-  for (std::size_t i = 0; i < n; ++i) out[i] = in[i];
-}
+#endif
 
 // Widens the sixteen bytes at in to out and returns how many of them lead as ASCII (16: all).
 // Text in these files is mostly ASCII with a character of another kind every few words, so the
@@ -55,7 +53,7 @@ inline std::size_t asciiBlock(const std::uint8_t* in, char16_t* out) {
   const int high = _mm_movemask_epi8(v);
   return high == 0 ? 16 : static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(high)));
 #else
-  widen(in, 16, out);
+  for (std::size_t i = 0; i < 16; ++i) out[i] = in[i];
   return asciiRun(in, 16);
 #endif
 }

@@ -1,0 +1,422 @@
+#include "files/HugeTextFile.hpp"
+
+#include <cstdio>
+#include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include "files/encoding.hpp"
+#include "files/textio.hpp"
+#include "frame/state.hpp"
+#include "frame/traps.hpp"
+#include "runtime/strings.hpp"
+#include "text/strings.hpp"
+
+namespace orvo::files {
+
+namespace {
+
+constexpr std::int32_t kDefaultBufferSize = 32768;
+
+std::u16string_view descriptionOf(std::int32_t number) {
+  switch (number) {
+    case 5:
+      return u"Invalid parameter.  Numeric Variant expected.";
+    case 45601:
+      return u"File already open.";
+    case 45602:
+      return u"Error opening file.";
+    case 45603:
+      return u"File already exists.";
+    case 45604:
+      return u"File not found.";
+    case 45605:
+      return u"Seek Error.";
+    case 45606:
+      return u"GetFileSize Error.";
+    case 45607:
+      return u"Read failure.";
+    case 45608:
+      return u"Attempt to read past EOF.";
+    case 45609:
+      return u"Write failure.";
+    case 45610:
+      return u"Can't read file opened for writing.";
+    case 45611:
+      return u"Can't rewind file opened for writing.";
+    case 45612:
+      return u"Can't write file opened for reading.";
+    case 45613:
+      return u"File must be open for this operation.";
+    case 45614:
+      return u"FileOpen BufferSize must be > 0.";
+    case 45615:
+      return u"Invalid Access for FileOpen";
+    case 45616:
+      return u"File locked for FileOpen.";
+    default:
+      return u"Unknown error.";
+  }
+}
+
+}  // namespace
+
+HugeTextFile::HugeTextFile()
+    : eol_(frame::StaticGlobals::instance().eol()), writeUnicodeBOM_(writeUnicodeBOM()) {}
+
+HugeTextFile::~HugeTextFile() {
+  try {
+    FileClose(true);
+  } catch (...) {  // NOLINT(bugprone-empty-catch): a destructor cannot report
+  }
+}
+
+void HugeTextFile::fail(std::int32_t number, bool withSystemError) {
+  String description(descriptionOf(number));
+  const std::uint32_t system = file_.lastError();
+  if (withSystemError && system != 0) {
+    String text = platform::systemErrorText(system);
+    description += u"\r\nError " + fromUtf8(std::to_string(system)) + u"\r\n" +
+                   (text.empty() ? String(u"Unknown Error.") : text);
+  }
+  if (file_.isOpen()) {
+    file_.close();
+    fileName_.clear();
+  }
+  throw Error(number, description, u"HugeTextFile");
+}
+
+SafeArray HugeTextFile::BOM() const {
+  return SafeArray(0, std::vector<std::uint8_t>(bom_.begin(), bom_.end()));
+}
+
+std::int32_t HugeTextFile::CodePage() const {
+  return frame::trap(u"CodePage", [&] {
+    if (!file_.isOpen()) const_cast<HugeTextFile*>(this)->fail(45613);  // NOLINT
+    return codePage_;
+  });
+}
+
+void HugeTextFile::setCodePage(std::int32_t codePage) {
+  codePage_ = codePage;
+  if (encoding_ == -999) encoding_ = EncodingFromCodePage(codePage);
+  switch (encoding_) {
+    case encUTF16_LE_NB:
+    case encUTF16_LE:
+      unitWidth_ = 2, significantByte_ = 0;
+      break;
+    case encUTF16_BE_NB:
+    case encUTF16_BE:
+      unitWidth_ = 2, significantByte_ = 1;
+      break;
+    case encUTF32_LE:
+      unitWidth_ = 4, significantByte_ = 0;
+      break;
+    case encUTF32_BE:
+      unitWidth_ = 4, significantByte_ = 3;
+      break;
+    default:
+      unitWidth_ = 1, significantByte_ = 0;
+  }
+  bom_ = HasBOM() ? std::string(bomBytes(encoding_)) : std::string();
+  bomSize_ = static_cast<std::int32_t>(bom_.size());
+}
+
+void HugeTextFile::FileOpen(const String& FileName, std::int32_t Access, std::int32_t Disposition,
+                            std::int32_t Share, std::int32_t BufferSize, std::int32_t* CodePage,
+                            bool* FileExisted) {
+  frame::trap(u"FileOpen", [&] {
+    (void)Share;  // sharing modes have no POSIX equivalent
+    const String name = runtime::Trim(FileName);
+    if (file_.isOpen() && !nonZero(text::bStrComp(name, fileName_, VBool::False, VBool::True))) FileClose(true);
+    if (file_.isOpen()) fail(45601);
+    std::int32_t size = BufferSize & ~1;
+    if (size < 4) size = kDefaultBufferSize;
+    if (Access != Read && Access != Write && Access != Append) fail(45615);
+    platform::Disposition disposition = Access == Read    ? platform::Disposition::OpenExisting
+                                        : Access == Write ? platform::Disposition::CreateAlways
+                                                          : platform::Disposition::OpenAlways;
+    if (Disposition >= 1 && Disposition <= 5) {
+      disposition = static_cast<platform::Disposition>(Disposition);
+    }
+    codePage_ = -999;
+    encoding_ = static_cast<enumFileEncoding>(-999);
+    std::int32_t codePage = CodePage != nullptr ? *CodePage : 0;
+    if (Access == Read || Access == Append) {
+      encoding_ = TextFileEncoding(name, kDefaultSampleBytes);
+      codePage = CodePageCheck(codePage, encoding_);
+      if (CodePage != nullptr) *CodePage = codePage;
+    }
+    bool existed = false;
+    if (!file_.open(name, Access == Read, Access != Read, disposition, true, &existed)) {
+      switch (file_.lastError()) {
+        case platform::kErrorFileNotFound:
+          fail(45604);
+        case platform::kErrorSharingViolation:
+          fail(45616, true);
+        case platform::kErrorFileExists:
+          fail(45603);
+        default:
+          fail(45602, true);
+      }
+    }
+    if (FileExisted != nullptr) *FileExisted = existed;
+    access_ = Access;
+    if (Access == Append && !file_.seek(0, SEEK_END)) fail(45605, true);
+    setCodePage(codePage);
+    fileName_ = name;
+    bufferSize_ = size;
+    lineCount_ = 0;
+    eof_ = false;
+    encoded_.clear();
+    if (Access == Write && writeUnicodeBOM_ && bomSize_ > 0) encoded_ = bom_;
+    if (Access == Read) Rewind();
+  });
+}
+
+void HugeTextFile::Rewind() {
+  frame::trap(u"Rewind", [&] {
+    if (!file_.isOpen()) fail(45613);
+    if (access_ != Read) fail(45611);
+    if (!file_.seek(bomSize_, SEEK_SET)) fail(45605, true);
+    lineCount_ = 0;
+    eof_ = false;
+    pendingCR_ = false;
+    // A UTF-32 unit must not straddle two buffers.
+    buffer_.resize(static_cast<std::size_t>(bufferSize_) -
+                   static_cast<std::size_t>(bufferSize_) % unitWidth_);
+    dataLength_ = 0;
+    pos_ = 0;
+    readNextBuffer();
+  });
+}
+
+void HugeTextFile::readNextBuffer() {
+  if (eof_) return;
+  const std::int64_t n = file_.read(std::span(buffer_.data(), buffer_.size()));
+  if (n < 0) fail(45607, true);
+  dataLength_ = static_cast<std::size_t>(n);
+  pos_ = 0;
+  if (n == 0) {
+    eof_ = true;
+    pendingCR_ = false;
+    return;
+  }
+  if (pendingCR_) {
+    pendingCR_ = false;
+    // The line feed of a CR LF pair that the previous buffer cut in two.
+    if (dataLength_ >= unitWidth_ && buffer_[significantByte_] == 10) {
+      bool zeros = true;
+      for (std::size_t k = 0; k < unitWidth_; ++k)
+        zeros &= k == significantByte_ || buffer_[k] == 0;
+      if (zeros) {
+        pos_ = unitWidth_;
+        if (dataLength_ == unitWidth_) eof_ = true;
+      }
+    }
+  }
+}
+
+std::size_t HugeTextFile::findTerminator() const {
+  const std::uint8_t* p = buffer_.data() + pos_;
+  const std::size_t n = dataLength_ - pos_;
+  std::size_t i = 0;
+  if (unitWidth_ == 1) {
+#if defined(__SSE2__)
+    const __m128i cr = _mm_set1_epi8(13);
+    const __m128i lf = _mm_set1_epi8(10);
+    for (; i + 16 <= n; i += 16) {
+      const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
+      const int m = _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(v, cr), _mm_cmpeq_epi8(v, lf)));
+      if (m != 0) return i + static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(m)));
+    }
+#endif
+    for (; i < n; ++i) {
+      if (p[i] == 13 || p[i] == 10) return i;
+    }
+    return n;
+  }
+  if (unitWidth_ == 2) {
+#if defined(__SSE2__)
+    // Units as little-endian lanes: a big-endian CR reads as 0x0D00.
+    const short shift = significantByte_ == 0 ? 0 : 8;
+    const __m128i cr = _mm_set1_epi16(static_cast<short>(13 << shift));
+    const __m128i lf = _mm_set1_epi16(static_cast<short>(10 << shift));
+    for (; i + 16 <= n; i += 16) {
+      const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
+      const int m = _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi16(v, cr), _mm_cmpeq_epi16(v, lf)));
+      if (m != 0)
+        return i + (static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(m))) &
+                    ~std::size_t{1});
+    }
+#endif
+  }
+  for (; i + unitWidth_ <= n; i += unitWidth_) {
+    const std::uint8_t v = p[i + significantByte_];
+    if (v != 13 && v != 10) continue;
+    bool zeros = true;
+    for (std::size_t k = 0; k < unitWidth_; ++k) zeros &= k == significantByte_ || p[i + k] == 0;
+    if (zeros) return i;
+  }
+  return n;
+}
+
+void HugeTextFile::consumeTerminator(std::size_t offset) {
+  const std::size_t at = pos_ + offset;
+  const bool cr = buffer_[at + significantByte_] == 13;
+  std::size_t next = at + unitWidth_;
+  if (cr) {
+    if (next + unitWidth_ <= dataLength_) {
+      bool lf = buffer_[next + significantByte_] == 10;
+      for (std::size_t k = 0; k < unitWidth_; ++k) {
+        lf &= k == significantByte_ || buffer_[next + k] == 0;
+      }
+      if (lf) next += unitWidth_;
+    } else if (next >= dataLength_) {
+      pendingCR_ = true;
+    }
+  }
+  pos_ = next;
+}
+
+bool HugeTextFile::nextLine(String* line) {
+  partial_.clear();
+  bool havePartial = false;
+  while (true) {
+    if (pos_ < dataLength_) {
+      const std::size_t left = dataLength_ - pos_;
+      const std::size_t t = findTerminator();
+      if (t < left) {
+        if (line != nullptr) {
+          line->clear();
+          if (havePartial) {
+            partial_.insert(partial_.end(), buffer_.begin() + static_cast<std::ptrdiff_t>(pos_),
+                            buffer_.begin() + static_cast<std::ptrdiff_t>(pos_ + t));
+            decodeBytes(partial_, codePage_, *line);
+          } else {
+            decodeBytes(std::span(buffer_.data() + pos_, t), codePage_, *line);
+          }
+        }
+        consumeTerminator(t);
+        ++lineCount_;
+        if (pos_ >= dataLength_) readNextBuffer();
+        return true;
+      }
+      if (line != nullptr) {
+        partial_.insert(partial_.end(), buffer_.begin() + static_cast<std::ptrdiff_t>(pos_),
+                        buffer_.begin() + static_cast<std::ptrdiff_t>(dataLength_));
+      }
+      havePartial = true;
+      pos_ = dataLength_;
+    }
+    if (eof_) {
+      // The last line had no terminator.
+      if (havePartial) {
+        if (line != nullptr) {
+          line->clear();
+          decodeBytes(partial_, codePage_, *line);
+        }
+        ++lineCount_;
+        return true;
+      }
+      if (line != nullptr) line->clear();
+      return false;
+    }
+    readNextBuffer();
+  }
+}
+
+bool HugeTextFile::LineRead(String& line) {
+  return frame::trap(u"LineRead", [&] {
+    if (!file_.isOpen()) fail(45613);
+    if (access_ != Read) fail(45610);
+    if (eof_) fail(45608);
+    return nextLine(&line);
+  });
+}
+
+String HugeTextFile::LineRead() {
+  String line;
+  LineRead(line);
+  return line;
+}
+
+void HugeTextFile::LineSkip(std::int64_t count) {
+  frame::trap(u"LineSkip", [&] {
+    if (!file_.isOpen()) fail(45613);
+    if (access_ != Read) fail(45610);
+    for (std::int64_t i = 0; i < count && !eof_; ++i) {
+      if (!nextLine(nullptr)) break;
+    }
+  });
+}
+
+void HugeTextFile::writeBuffer() {
+  if (encoded_.empty()) return;
+  if (!file_.writeAll(
+          std::span(reinterpret_cast<const std::uint8_t*>(encoded_.data()), encoded_.size()))) {
+    fail(45609, true);
+  }
+  encoded_.clear();
+}
+
+void HugeTextFile::LineWrite(const String& Line) {
+  frame::trap(u"LineWrite", [&] {
+    if (!file_.isOpen()) fail(45613);
+    if (access_ == Read) fail(45612);
+    std::string bytes;
+    encodeText(Line, codePage_, bytes);
+    encodeText(eol_, codePage_, bytes);
+    if (encoded_.size() + bytes.size() > static_cast<std::size_t>(bufferSize_)) writeBuffer();
+    if (bytes.size() > static_cast<std::size_t>(bufferSize_)) {
+      if (!file_.writeAll(
+              std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()))) {
+        fail(45609, true);
+      }
+    } else {
+      encoded_ += bytes;
+    }
+    ++lineCount_;
+  });
+}
+
+void HugeTextFile::FileClose(bool OnlyIfOpen) {
+  frame::trap(u"FileClose", [&] {
+    if (!file_.isOpen()) {
+      if (OnlyIfOpen) return;
+      fail(45613);
+    }
+    if (access_ != Read) {
+      writeBuffer();
+      if (!file_.flush()) fail(45609, true);
+    }
+    file_.close();
+    fileName_.clear();
+    eof_ = false;
+    lineCount_ = 0;
+    codePage_ = -999;
+    encoding_ = static_cast<enumFileEncoding>(-999);
+    buffer_.clear();
+    buffer_.shrink_to_fit();
+    dataLength_ = pos_ = 0;
+  });
+}
+
+std::int64_t HugeTextFile::FileLen() const {
+  return frame::trap(u"FileLen", [&] {
+    auto* self = const_cast<HugeTextFile*>(this);  // NOLINT: failing closes the file
+    if (!file_.isOpen()) self->fail(45613);
+    const auto size = file_.size();
+    if (!size) self->fail(45606, true);
+    return *size;
+  });
+}
+
+std::int32_t HugeTextFile::FilePosition() const {
+  return frame::trap(u"FilePosition", [&] {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(file_.position() & 0xFFFFFFFF));
+  });
+}
+
+}  // namespace orvo::files

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "orvogeneric/types.hpp"
+#include "orvogeneric/variant.hpp"
+#include "platform/file.hpp"
+
+namespace orvo::files {
+
+// Reads a text file of any size line by line, or writes one, through a fixed-size buffer: a
+// line may span any number of buffers, CR, LF and CR LF each end a line (in UTF-16 and UTF-32
+// only a unit whose other bytes are zero), and counts are 64-bit. The library's own reader of
+// big files; not handed out to callers.
+class HugeTextFile {
+ public:
+  enum Access : std::int32_t { Read = 1, Write = 2, Append = 3 };
+
+  HugeTextFile();
+  HugeTextFile(const HugeTextFile&) = delete;
+  HugeTextFile& operator=(const HugeTextFile&) = delete;
+  ~HugeTextFile();
+
+  [[nodiscard]] SafeArray BOM() const;
+  [[nodiscard]] std::int32_t BOMSize() const { return bomSize_; }
+  [[nodiscard]] std::int32_t CodePage() const;
+  [[nodiscard]] bool EndOfFile() const { return eof_; }
+  [[nodiscard]] String EOL() const { return eol_; }
+  void setEOL(String eol) { eol_ = std::move(eol); }
+  void FileClose(bool OnlyIfOpen = false);
+  [[nodiscard]] enumFileEncoding FileEncoding() const { return encoding_; }
+  [[nodiscard]] std::int32_t FileHandle() const { return file_.isOpen() ? 1 : -1; }
+  [[nodiscard]] std::int64_t FileLen() const;
+  [[nodiscard]] String FileName() const { return fileName_; }
+  // CodePage in: the caller's choice (0 for the file's own); out: the code page used.
+  void FileOpen(const String& FileName, std::int32_t Access, std::int32_t Disposition = 0,
+                std::int32_t Share = -1, std::int32_t BufferSize = 32768,
+                std::int32_t* CodePage = nullptr, bool* FileExisted = nullptr);
+  [[nodiscard]] std::int32_t FilePosition() const;
+  [[nodiscard]] bool HasBOM() const { return encoding_ >= encUTF8_BOM && encoding_ != -999; }
+  [[nodiscard]] bool IsOpen() const { return file_.isOpen(); }
+  [[nodiscard]] std::int64_t LineCount() const { return lineCount_; }
+  String LineRead();
+  // LineRead into the caller's string, reusing its storage; false (and EOF) when there was no
+  // line left.
+  bool LineRead(String& line);
+  void LineSkip(std::int64_t count);
+  void LineWrite(const String& Line);
+  void Rewind();
+  [[nodiscard]] bool WriteUnicodeBOM() const { return writeUnicodeBOM_; }
+  void setWriteUnicodeBOM(bool value) { writeUnicodeBOM_ = value; }
+
+ private:
+  [[noreturn]] void fail(std::int32_t number, bool withSystemError = false);
+  void setCodePage(std::int32_t codePage);
+  void readNextBuffer();
+  // Finds the next line end in the buffer from pos_: the offset of the terminator unit, or the
+  // number of bytes left when the buffer holds none.
+  [[nodiscard]] std::size_t findTerminator() const;
+  // Steps over the terminator at pos_ + offset (a CR LF pair as one).
+  void consumeTerminator(std::size_t offset);
+  bool nextLine(String* line);
+  void writeBuffer();
+
+  platform::File file_;
+  String fileName_;
+  std::int32_t access_ = 0;
+  std::int32_t bufferSize_ = 32768;
+  String eol_;
+  std::vector<std::uint8_t> buffer_;
+  std::size_t dataLength_ = 0;
+  std::size_t pos_ = 0;
+  bool pendingCR_ = false;
+  std::int64_t lineCount_ = 0;
+  bool eof_ = false;
+  std::int32_t codePage_ = -999;
+  enumFileEncoding encoding_ = static_cast<enumFileEncoding>(-999);
+  std::size_t unitWidth_ = 1;
+  std::size_t significantByte_ = 0;
+  std::string bom_;
+  std::int32_t bomSize_ = 0;
+  bool writeUnicodeBOM_ = true;
+  std::vector<std::uint8_t> partial_;  // the start of a line that continues in the next buffer
+  std::string encoded_;                // LineWrite's bytes, kept for their storage
+};
+
+}  // namespace orvo::files

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "orvogeneric/types.hpp"
+#include "orvogeneric/variant.hpp"
+
+// Text to bytes and back in a code page, as the file procedures convert: UTF-16 in either
+// byte order as it stands, UTF-8 and the ANSI code pages through the platform's conversions,
+// UTF-32 refused.
+namespace orvo::files {
+
+String FromBytesToVBString(const SafeArray& bytes, std::int32_t CodePage = 0);
+SafeArray FromVBStringToBytes(const String& str, std::int32_t CodePage = 0);
+
+// The same conversions on plain memory, for buffers of a file: decode appends to out.
+void decodeBytes(std::span<const std::uint8_t> bytes, std::int32_t codePage, String& out);
+void encodeText(std::u16string_view text, std::int32_t codePage, std::string& out);
+
+// The code page an ANSI conversion uses for 0: the system's ANSI code page.
+std::uint32_t effectiveCodePage(std::int32_t codePage);
+
+}  // namespace orvo::files

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "orvogeneric/types.hpp"
+
+// Files as the library's file procedures see them, in the platform's terms: Windows error
+// numbers, attributes and dispositions, over POSIX calls. Paths may use "\" or "/".
+namespace orvo::platform {
+
+// The path as the operating system takes it: UTF-8, every "\" turned into "/".
+std::string nativePath(std::u16string_view path);
+
+// Windows file attributes of a path: 16 directory, 1 read-only, 128 normal; nullopt when the
+// path cannot be examined (missing, or a directory on the way cannot be searched).
+inline constexpr std::int32_t kAttributeReadOnly = 1;
+inline constexpr std::int32_t kAttributeDirectory = 16;
+inline constexpr std::int32_t kAttributeNormal = 128;
+std::optional<std::int32_t> fileAttributes(std::u16string_view path);
+
+// Size in bytes of the file at the path; nullopt when it cannot be examined.
+std::optional<std::int64_t> fileSize(std::u16string_view path);
+
+// Windows error numbers the file procedures report and test for.
+inline constexpr std::uint32_t kErrorFileNotFound = 2;
+inline constexpr std::uint32_t kErrorPathNotFound = 3;
+inline constexpr std::uint32_t kErrorAccessDenied = 5;
+inline constexpr std::uint32_t kErrorSharingViolation = 32;
+inline constexpr std::uint32_t kErrorFileExists = 80;
+inline constexpr std::uint32_t kErrorAlreadyExists = 183;
+inline constexpr std::uint32_t kErrorDiskFull = 112;
+
+// The platform's text for a Windows error number, as FormatMessage gives it ("" when none).
+String systemErrorText(std::uint32_t error);
+
+enum class Disposition : std::uint32_t {
+  CreateNew = 1,
+  CreateAlways = 2,
+  OpenExisting = 3,
+  OpenAlways = 4,
+  TruncateExisting = 5,
+};
+
+// An open file. Sharing modes have no equivalent on POSIX and are not enforced.
+class File {
+ public:
+  File() = default;
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  File(File&& other) noexcept;
+  File& operator=(File&& other) noexcept;
+  ~File();
+
+  // Opens with read and/or write access; on failure lastError() says why (2, 3, 5, 80, ...).
+  // existed tells whether the file was there before (the platform's 183 on success).
+  bool open(std::u16string_view path, bool read, bool write, Disposition disposition,
+            bool sequential, bool* existed = nullptr);
+  [[nodiscard]] bool isOpen() const noexcept { return fd_ >= 0; }
+  // Bytes read, 0 at the end, -1 on failure.
+  std::int64_t read(std::span<std::uint8_t> buffer);
+  bool writeAll(std::span<const std::uint8_t> bytes);
+  bool seek(std::int64_t offset, int whence);  // SEEK_SET, SEEK_CUR, SEEK_END
+  [[nodiscard]] std::int64_t position() const;
+  [[nodiscard]] std::optional<std::int64_t> size() const;
+  bool flush();
+  void close();
+  [[nodiscard]] std::uint32_t lastError() const noexcept { return lastError_; }
+
+ private:
+  int fd_ = -1;
+  std::uint32_t lastError_ = 0;
+};
+
+// Reads up to count bytes from the start of the file; nullopt when it cannot be opened or read.
+std::optional<std::string> readFilePrefix(std::u16string_view path, std::size_t count);
+
+// Deletes a file; false when it could not be.
+bool deleteFile(std::u16string_view path);
+
+}  // namespace orvo::platform

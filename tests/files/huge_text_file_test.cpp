@@ -1,0 +1,219 @@
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "files/HugeTextFile.hpp"
+#include "files/encoding.hpp"
+#include "files/files_fixture.hpp"
+#include "files/textio.hpp"
+#include "support/test_support.hpp"
+
+namespace orvo::files {
+namespace {
+
+using HugeText = test::FilesTest;
+using test::errorOf;
+
+// The lines of a text as the reader must give them: CR LF, CR and LF each end a line, and a
+// terminator at the very end does not start another.
+std::vector<String> referenceLines(const String& text) {
+  std::vector<String> lines;
+  String current;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == u'\r' || text[i] == u'\n') {
+      lines.push_back(current);
+      current.clear();
+      if (text[i] == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n') ++i;
+    } else {
+      current += text[i];
+    }
+  }
+  if (!current.empty()) lines.push_back(current);
+  return lines;
+}
+
+std::vector<String> readAll(const String& file, std::int32_t bufferSize, std::int32_t* codePage,
+                            std::int64_t* count) {
+  HugeTextFile reader;
+  reader.FileOpen(file, HugeTextFile::Read, 0, -1, bufferSize, codePage);
+  std::vector<String> lines;
+  while (!reader.EndOfFile()) {
+    String line;
+    if (reader.LineRead(line)) lines.push_back(line);
+  }
+  *count = reader.LineCount();
+  return lines;
+}
+
+TEST_F(HugeText, EveryBufferSizeGivesTheLinesOfTheText) {
+  const String text =
+      u"first\r\nsecond\rthird\nfourth\r\n\r\nafter a blank\n\ncaf\u00e9 \u00fc\u00df\r"
+      u"a longer line that is longer than several of the small buffers used here\r\nlast";
+  struct Form {
+    const char* name;
+    std::int32_t codePage;  // how the text is written
+    std::string bom;
+  };
+  const Form forms[] = {
+      {"1252", 1252, ""},
+      {"UTF-8 with BOM", 65001, "\xEF\xBB\xBF"},
+      {"UTF-16 LE with BOM", 1200, "\xFF\xFE"},
+      {"UTF-16 BE with BOM", 1201, "\xFE\xFF"},
+      {"UTF-16 LE without BOM", 1200, ""},
+  };
+  for (const auto& form : forms) {
+    for (const bool endsWithTerminator : {false, true}) {
+      const String whole = endsWithTerminator ? text + u"\r\n" : text;
+      std::string bytes;
+      encodeText(whole, form.codePage, bytes);
+      const String file = write(std::string("lines_") + form.name, form.bom + bytes);
+      const std::vector<String> want = referenceLines(whole);
+      for (std::int32_t size = 4; size <= 64; ++size) {
+        std::int32_t cp = 0;
+        std::int64_t count = 0;
+        const auto got = readAll(file, size, &cp, &count);
+        ASSERT_EQ(got, want) << form.name << " buffer " << size << " end " << endsWithTerminator;
+        EXPECT_EQ(count, static_cast<std::int64_t>(want.size()));
+        EXPECT_EQ(cp, form.codePage == 1252 ? 0 : form.codePage) << form.name;
+      }
+    }
+  }
+}
+
+TEST_F(HugeText, RandomTextsAgreeWithTheReferenceSplitter) {
+  std::mt19937 random(7);
+  const char16_t alphabet[] = {u'a', u'\r', u'\n', u' ', u'\u00e9', u'\u0d0a', u'\u0a0d', u'z'};
+  for (int round = 0; round < 200; ++round) {
+    String text;
+    const int length = static_cast<int>(random() % 60);
+    for (int i = 0; i < length; ++i) text += alphabet[random() % 8];
+    for (const std::int32_t cp : {65001, 1200, 1201}) {
+      std::string bytes;
+      encodeText(text, cp, bytes);
+      const std::string bom = cp == 65001 ? "\xEF\xBB\xBF" : cp == 1200 ? "\xFF\xFE" : "\xFE\xFF";
+      const String file =
+          write("random" + std::to_string(round) + "_" + std::to_string(cp), bom + bytes);
+      std::int32_t used = 0;
+      std::int64_t count = 0;
+      const std::int32_t size = 4 + static_cast<std::int32_t>(random() % 20) * 2;
+      EXPECT_EQ(readAll(file, size, &used, &count), referenceLines(text))
+          << cp << " size " << size << " " << test::show(text);
+    }
+  }
+}
+
+TEST_F(HugeText, FailuresHaveTheirNumbers) {
+  const String file = write("three.txt", "a\r\nb\r\nc\r\n");
+  struct Case {
+    const char* name;
+    std::function<void(HugeTextFile&)> action;
+    std::int32_t number;
+  };
+  const Case cases[] = {
+      {"read past the end",
+       [&](HugeTextFile& f) {
+         f.FileOpen(file, 1);
+         f.LineSkip(10);
+         (void)f.LineRead();
+       },
+       45608},
+      {"read a file opened for writing",
+       [&](HugeTextFile& f) {
+         f.FileOpen(path("out.txt"), 2);
+         (void)f.LineRead();
+       },
+       45610},
+      {"rewind a file opened for appending",
+       [&](HugeTextFile& f) {
+         f.FileOpen(path("out.txt"), 3);
+         f.Rewind();
+       },
+       45611},
+      {"write a file opened for reading",
+       [&](HugeTextFile& f) {
+         f.FileOpen(file, 1);
+         f.LineWrite(u"x");
+       },
+       45612},
+      {"read with nothing open", [&](HugeTextFile& f) { (void)f.LineRead(); }, 45613},
+      {"close with nothing open", [&](HugeTextFile& f) { f.FileClose(); }, 45613},
+      {"code page with nothing open", [&](HugeTextFile& f) { (void)f.CodePage(); }, 45613},
+      {"the same file twice",
+       [&](HugeTextFile& f) {
+         f.FileOpen(file, 1);
+         f.FileOpen(u"  " + file + u" ", 1);
+       },
+       45601},
+      {"a missing file", [&](HugeTextFile& f) { f.FileOpen(path("missing.txt"), 1); }, 45604},
+      {"a bad access", [&](HugeTextFile& f) { f.FileOpen(file, 4); }, 45615},
+      {"a directory that is missing",
+       [&](HugeTextFile& f) { f.FileOpen(path("no/such/dir/x.txt"), 2); }, 45602},
+  };
+  for (const auto& c : cases) {
+    HugeTextFile f;
+    const Error e = errorOf([&] { c.action(f); });
+    EXPECT_EQ(e.number(), c.number) << c.name;
+    EXPECT_FALSE(f.IsOpen()) << c.name << ": a failure closes the file";
+  }
+  HugeTextFile f;
+  const Error e = errorOf([&] { f.FileOpen(path("missing.txt"), 1); });
+  EXPECT_EQ(e.description(), u"File not found.\r\nError handled by FileOpen");
+}
+
+TEST_F(HugeText, WritesWithTheEncodingsBomAndReadsBack) {
+  for (const std::int32_t cp : {1200, 1201, 65001, 1252, 932}) {
+    const String file = path("written" + std::to_string(cp));
+    {
+      HugeTextFile out;
+      std::int32_t used = cp;
+      bool existed = true;
+      out.FileOpen(file, HugeTextFile::Write, 0, -1, 16, &used, &existed);
+      EXPECT_FALSE(existed);
+      for (int i = 0; i < 20; ++i) out.LineWrite(u"line \u00e9 " + fromUtf8(std::to_string(i)));
+      out.LineWrite(String(100, u'x'));  // longer than the buffer: written directly
+      EXPECT_EQ(out.LineCount(), 21);
+      out.FileClose();
+    }
+    const std::string bytes = read("written" + std::to_string(cp));
+    const std::string bom = cp == 1200    ? "\xFF\xFE"
+                            : cp == 1201  ? "\xFE\xFF"
+                            : cp == 65001 ? "\xEF\xBB\xBF"
+                                          : "";
+    EXPECT_EQ(bytes.substr(0, bom.size()), bom) << cp;
+    std::int32_t used = 0;
+    std::int64_t count = 0;
+    const auto lines = readAll(file, 32768, &used, &count);
+    ASSERT_EQ(lines.size(), 21U) << cp;
+    // 932 has no e-acute: the platform's best fit writes a plain e.
+    EXPECT_EQ(lines[3], cp == 932 ? u"line e 3" : u"line \u00e9 3") << cp;
+    EXPECT_EQ(lines[20], String(100, u'x'));
+  }
+  // Appending keeps the lines already there.
+  const String file = write("append.txt", "one\r\n");
+  HugeTextFile out;
+  out.FileOpen(file, HugeTextFile::Append);
+  out.LineWrite(u"two");
+  out.FileClose();
+  EXPECT_EQ(read("append.txt"), "one\r\ntwo\r\n");
+}
+
+TEST_F(HugeText, LineSkipCountsWhatItPasses) {
+  std::string text;
+  for (int i = 0; i < 1000; ++i) text += "line\r\n";
+  const String file = write("skip.txt", text + "tail");
+  HugeTextFile f;
+  f.FileOpen(file, 1, 0, -1, 64);
+  f.LineSkip(998);
+  EXPECT_EQ(f.LineCount(), 998);
+  EXPECT_EQ(f.LineRead(), u"line");
+  f.LineSkip(100000);
+  EXPECT_EQ(f.LineCount(), 1001);
+  EXPECT_TRUE(f.EndOfFile());
+  f.Rewind();
+  EXPECT_EQ(f.LineCount(), 0);
+  EXPECT_EQ(f.LineRead(), u"line");
+  EXPECT_EQ(f.FileLen(), static_cast<std::int64_t>(text.size() + 4));
+}
+
+}  // namespace
+}  // namespace orvo::files
