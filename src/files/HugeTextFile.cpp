@@ -129,7 +129,8 @@ void HugeTextFile::FileOpen(const String& FileName, std::int32_t Access, std::in
   frame::trap(u"FileOpen", [&] {
     (void)Share;  // sharing modes have no POSIX equivalent
     const String name = runtime::Trim(FileName);
-    if (file_.isOpen() && !nonZero(text::bStrComp(name, fileName_, VBool::False, VBool::True))) FileClose(true);
+    if (file_.isOpen() && !nonZero(text::bStrComp(name, fileName_, VBool::False, VBool::True)))
+      FileClose(true);
     if (file_.isOpen()) fail(45601);
     std::int32_t size = BufferSize & ~1;
     if (size < 4) size = kDefaultBufferSize;

@@ -1,0 +1,92 @@
+#include "files/encoding.hpp"
+#include "files/textfiles.hpp"
+#include "files/textio.hpp"
+#include "frame/state.hpp"
+#include "orvogeneric/classes.hpp"
+
+namespace orvo {
+
+// Every new FileSubs object puts the BOM setting and the line terminator back to their
+// defaults, whatever an earlier caller set: callers rely on it and it is kept.
+void FileSubs::Class_Initialize() {
+  files::setWriteUnicodeBOM(true);
+  frame::StaticGlobals::instance().setEol(u"\r\n");
+}
+
+String FileSubs::EOL() { return frame::StaticGlobals::instance().eol(); }
+void FileSubs::EOL(const String& value) { frame::StaticGlobals::instance().setEol(value); }
+VBool FileSubs::WriteUnicodeBOM() { return toVBool(files::writeUnicodeBOM()); }
+void FileSubs::WriteUnicodeBOM(VBool value) { files::setWriteUnicodeBOM(nonZero(value)); }
+
+enumFileEncoding FileSubs::TextFileEncoding(const String& FileName, std::int32_t NumBytes) {
+  return files::TextFileEncoding(FileName, NumBytes);
+}
+VBool FileSubs::FileIsUTF8(const String& FilePath, enumFileEncoding* FileEncoding) {
+  return files::FileIsUTF8(FilePath, FileEncoding);
+}
+VBool FileSubs::FileIsUTF16LE(const String& FilePath, enumFileEncoding* FileEncoding) {
+  return files::FileIsUTF16LE(FilePath, FileEncoding);
+}
+VBool FileSubs::FileIsUnicode(const String& FilePath, enumFileEncoding* FileEncoding) {
+  return files::FileIsUnicode(FilePath, FileEncoding);
+}
+Variant FileSubs::DefaultBOM(enumFileEncoding FileEncoding) {
+  return Variant(files::DefaultBOM(FileEncoding));
+}
+std::int32_t FileSubs::DefaultBOMSize(enumFileEncoding FileEncoding) {
+  return files::DefaultBOMSize(FileEncoding);
+}
+enumCodePages FileSubs::CodePageFromEncoding(enumFileEncoding Encoding) {
+  return files::CodePageFromEncoding(Encoding);
+}
+enumFileEncoding FileSubs::EncodingFromCodePage(enumCodePages CodePage) {
+  return files::EncodingFromCodePage(CodePage);
+}
+std::int32_t FileSubs::CodePageCheck(std::int32_t CodePageSupplied, enumFileEncoding FileEncoding) {
+  return files::CodePageCheck(CodePageSupplied, FileEncoding);
+}
+void FileSubs::SetTextFileEncoding(const Variant& FilePath, enumFileEncoding FileEncoding) {
+  files::SetTextFileEncoding(FilePath, FileEncoding);
+}
+void FileSubs::ClearTextFileEncoding(const Variant& FilePath) {
+  files::ClearTextFileEncoding(FilePath);
+}
+String FileSubs::FromBytesToVBString(SafeArray& bytes, std::int32_t CodePage) {
+  return files::FromBytesToVBString(bytes, CodePage);
+}
+Variant FileSubs::FromVBStringToBytes(const String& str, std::int32_t CodePage) {
+  return Variant(files::FromVBStringToBytes(str, CodePage));
+}
+String FileSubs::ReadTextFileToStringB(const String& FileName, std::int32_t* CodePage,
+                                       VBool ReplaceNull, Variant* ByteArray) {
+  return files::ReadTextFileToStringB(FileName, CodePage, ReplaceNull, ByteArray);
+}
+String FileSubs::ReadTextFileToString(const String& FileName) {
+  return files::ReadTextFileToString(FileName);
+}
+void FileSubs::ReadTextFileToArrayB(const String& FileName, SafeArray& FileLines,
+                                    std::int32_t* NumLinesReturned, std::int32_t* StartLine,
+                                    std::int32_t* EndLine, std::int32_t* CodePage,
+                                    VBool IgnoreBlankLines, VBool ReplaceNull) {
+  files::ReadTextFileToArrayB(FileName, FileLines, NumLinesReturned, StartLine, EndLine, CodePage,
+                              IgnoreBlankLines, ReplaceNull);
+}
+void FileSubs::ReadTextFileToArray(const String& FileName, SafeArray& FileLines,
+                                   std::int32_t& NumLinesRead) {
+  files::ReadTextFileToArray(FileName, FileLines, NumLinesRead);
+}
+void FileSubs::TextToLines(String& text, SafeArray& Lines, std::int32_t* NumLines,
+                           VBool IgnoreBlankLines) {
+  files::TextToLines(text, Lines, NumLines, IgnoreBlankLines);
+}
+std::int32_t FileSubs::FileLineCount(const String& FilePath, VBool* FileExists) {
+  return files::FileLineCount(FilePath, FileExists);
+}
+Currency FileSubs::LOFSafe(const String& FileName, VBool* HugeFile, std::int32_t FileHandle) {
+  return files::LOFSafe(FileName, HugeFile, FileHandle);
+}
+void FileSubs::LongsToCurrency(std::int32_t LongLow, std::int32_t LongHigh, Currency& value) {
+  files::LongsToCurrency(LongLow, LongHigh, value);
+}
+
+}  // namespace orvo

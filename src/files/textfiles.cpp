@@ -1,0 +1,195 @@
+#include "files/textfiles.hpp"
+
+#include <algorithm>
+
+#include "files/HugeTextFile.hpp"
+#include "files/encoding.hpp"
+#include "files/textio.hpp"
+#include "frame/traps.hpp"
+#include "platform/file.hpp"
+#include "runtime/errors.hpp"
+#include "runtime/strings.hpp"
+
+namespace orvo::files {
+
+namespace {
+
+constexpr std::int64_t kTwoGigabytes = 2147483647;
+
+bool fileExists(const String& path) {
+  const auto attributes = platform::fileAttributes(runtime::Trim(path));
+  return attributes && (*attributes & platform::kAttributeDirectory) == 0;
+}
+
+void replaceNulls(String& text) { std::replace(text.begin(), text.end(), u'\0', u' '); }
+
+}  // namespace
+
+void LongsToCurrency(std::int32_t LongLow, std::int32_t LongHigh, Currency& value) {
+  // The base is 4294967295 (built as 2147483647 + 2147483647 + 1), not 2^32: lengths of 4 GB
+  // and more come out one byte short per 4 GB, as they always have.
+  const double low = LongLow < 0 ? LongLow + 4294967296.0 : static_cast<double>(LongLow);
+  value = Currency::fromDouble(static_cast<double>(LongHigh) * 4294967295.0 + low);
+}
+
+Currency LOFSafe(const String& FileName, VBool* HugeFile, std::int32_t FileHandle) {
+  return frame::trap(u"LOFSafe", [&] {
+    if (HugeFile != nullptr) *HugeFile = VBool::False;
+    if (!fileExists(FileName)) return Currency{};
+    std::int64_t length = 0;
+    if (FileHandle < 0) {
+      const auto size = platform::fileSize(FileName);
+      if (!size) return Currency{};
+      length = *size;
+    } else if (FileHandle == 0) {
+      return Currency{};
+    } else {
+      // Another open file's handle is not a length this library can look up on POSIX: the
+      // named file is measured instead.
+      length = platform::fileSize(FileName).value_or(0);
+    }
+    Currency value;
+    LongsToCurrency(static_cast<std::int32_t>(static_cast<std::uint32_t>(length & 0xFFFFFFFF)),
+                    static_cast<std::int32_t>(length >> 32), value);
+    if (HugeFile != nullptr) *HugeFile = toVBool(value.scaled > kTwoGigabytes * Currency::scale);
+    return value;
+  });
+}
+
+String ReadTextFileToStringB(const String& FileName, std::int32_t* CodePage, VBool ReplaceNull,
+                             Variant* ByteArray) {
+  return frame::trap(u"ReadTextFileToStringB", [&]() -> String {
+    if (ByteArray != nullptr) *ByteArray = Variant(SafeArray(VarType::Byte));
+    if (!fileExists(FileName)) runtime::raise(runtime::errFileNotFound);
+    const Currency length = LOFSafe(FileName);
+    if (length.scaled > kTwoGigabytes * Currency::scale) {
+      throw Error(kErrorFileTooLarge,
+                  u"File is too large (>2GB)\r\nFileName = '" + FileName + u"'");
+    }
+    // Detection, then the bytes after the BOM.
+    const enumFileEncoding encoding = TextFileEncoding(FileName, kDefaultSampleBytes);
+    const std::int32_t codePage = CodePageCheck(CodePage != nullptr ? *CodePage : 0, encoding);
+    if (CodePage != nullptr) *CodePage = codePage;
+    platform::File file;
+    if (!file.open(FileName, true, false, platform::Disposition::OpenExisting, true)) {
+      runtime::raise(file.lastError() == platform::kErrorAccessDenied ? runtime::errPermissionDenied
+                                                                      : runtime::errPathFileAccess);
+    }
+    const std::int64_t bomSize = DefaultBOMSize(encoding);
+    const std::int64_t size = file.size().value_or(0);
+    std::vector<std::uint8_t> bytes(
+        static_cast<std::size_t>(std::max<std::int64_t>(0, size - bomSize)));
+    if (!file.seek(bomSize, SEEK_SET) || file.read(bytes) < 0) {
+      runtime::raise(runtime::errPathFileAccess);
+    }
+    String text;
+    try {
+      decodeBytes(bytes, codePage, text);
+    } catch (const std::bad_alloc&) {
+      throw Error(kErrorFileTooLargeToRead,
+                  u"File is too large to read\r\nFileName = '" + FileName + u"'");
+    }
+    if (nonZero(ReplaceNull)) replaceNulls(text);
+    if (ByteArray != nullptr) *ByteArray = Variant(SafeArray(1, std::move(bytes)));
+    return text;
+  });
+}
+
+String ReadTextFileToString(const String& FileName) {
+  std::int32_t codePage = 0;
+  return ReadTextFileToStringB(FileName, &codePage, VBool::True);
+}
+
+std::int64_t fileLineCount64(const String& FilePath) {
+  HugeTextFile reader;
+  std::int32_t codePage = 0;
+  reader.FileOpen(FilePath, HugeTextFile::Read, 0, -1, 32768, &codePage);
+  while (!reader.EndOfFile()) reader.LineSkip(100000);
+  const std::int64_t count = reader.LineCount();
+  reader.FileClose(true);
+  return count;
+}
+
+std::int32_t FileLineCount(const String& FilePath, VBool* FileExists) {
+  return frame::trap(u"FileLineCount", [&]() -> std::int32_t {
+    const bool exists = fileExists(FilePath);
+    if (FileExists != nullptr) *FileExists = toVBool(exists);
+    if (!exists) return 0;
+    const std::int64_t count = fileLineCount64(FilePath);
+    if (count > INT32_MAX) runtime::raise(runtime::errOverflow);
+    return static_cast<std::int32_t>(count);
+  });
+}
+
+void ReadTextFileToArrayB(const String& FileName, SafeArray& FileLines,
+                          std::int32_t* NumLinesReturned, std::int32_t* StartLine,
+                          std::int32_t* EndLine, std::int32_t* CodePage, VBool IgnoreBlankLines,
+                          VBool ReplaceNull) {
+  frame::trap(u"ReadTextFileToArrayB", [&] {
+    if (!fileExists(FileName)) {
+      throw Error(runtime::errFileNotFound, u"File not found\r\n'" + FileName + u"'");
+    }
+    std::int32_t start = StartLine != nullptr ? *StartLine : 0;
+    std::int32_t end = EndLine != nullptr ? *EndLine : 0;
+    if (start < 1) start = 1;
+    if (StartLine != nullptr) *StartLine = start;
+    if (end < 1) {
+      end = FileLineCount(FileName);
+      if (EndLine != nullptr) *EndLine = end;
+      if (end < 1 || end < start) return;
+    }
+    const std::int64_t wanted = static_cast<std::int64_t>(end) - start + 1;
+    if (wanted < 1) return;
+    std::vector<String> lines;
+    lines.reserve(static_cast<std::size_t>(std::min<std::int64_t>(wanted, 1 << 20)));
+    HugeTextFile reader;
+    std::int32_t codePage = CodePage != nullptr ? *CodePage : 0;
+    reader.FileOpen(FileName, HugeTextFile::Read, 0, -1, 32768, &codePage);
+    reader.LineSkip(static_cast<std::int64_t>(start) - 1);
+    String line;
+    while (!reader.EndOfFile() && static_cast<std::int64_t>(lines.size()) < wanted) {
+      if (!reader.LineRead(line)) break;
+      if (nonZero(ReplaceNull)) replaceNulls(line);
+      if (nonZero(IgnoreBlankLines) && line.empty()) continue;
+      lines.push_back(line);
+    }
+    const std::int64_t reached = reader.LineCount();  // skipped lines included
+    reader.FileClose(true);
+    if (NumLinesReturned != nullptr) *NumLinesReturned = static_cast<std::int32_t>(lines.size());
+    if (EndLine != nullptr) *EndLine = static_cast<std::int32_t>(reached);
+    if (CodePage != nullptr) *CodePage = codePage;
+    // Sized to the lines asked for, then cut down to those kept.
+    FileLines = SafeArray(0, std::move(lines));
+  });
+}
+
+void ReadTextFileToArray(const String& FileName, SafeArray& FileLines, std::int32_t& NumLinesRead) {
+  std::int32_t start = 0;
+  std::int32_t end = 0;
+  std::int32_t codePage = 0;
+  ReadTextFileToArrayB(FileName, FileLines, &NumLinesRead, &start, &end, &codePage, VBool::False,
+                       VBool::True);
+}
+
+void TextToLines(String& text, SafeArray& Lines, std::int32_t* NumLines, VBool IgnoreBlankLines) {
+  frame::trap(u"TextToLines", [&] {
+    text = runtime::Replace(text, u"\r\n", u"\n");
+    text = runtime::Replace(text, u"\n\r", u"\n");
+    text = runtime::Replace(text, u"\r", u"\n");
+    if (nonZero(IgnoreBlankLines)) {
+      std::size_t before = 0;
+      do {
+        before = text.size();
+        text = runtime::Replace(text, u"\n\n", u"\n");
+      } while (text.size() != before);
+      if (!text.empty() && text.front() == u'\n') text.erase(0, 1);
+      if (!text.empty() && text.back() == u'\n') text.pop_back();
+    }
+    std::vector<String> lines;
+    if (!text.empty()) lines = runtime::Split(text, u"\n");
+    if (NumLines != nullptr) *NumLines = static_cast<std::int32_t>(lines.size());
+    Lines = SafeArray(0, std::move(lines));
+  });
+}
+
+}  // namespace orvo::files

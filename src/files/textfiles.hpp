@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+
+#include "orvogeneric/types.hpp"
+#include "orvogeneric/variant.hpp"
+
+// Whole text files and files of lines: reading with the detected encoding, counting lines,
+// file lengths beyond 32 bits.
+namespace orvo::files {
+
+inline constexpr std::int32_t kErrorFileTooLarge = static_cast<std::int32_t>(0x80040202);
+inline constexpr std::int32_t kErrorFileTooLargeToRead = static_cast<std::int32_t>(0x80040201);
+
+String ReadTextFileToStringB(const String& FileName, std::int32_t* CodePage = nullptr,
+                             VBool ReplaceNull = VBool::False, Variant* ByteArray = nullptr);
+String ReadTextFileToString(const String& FileName);
+void ReadTextFileToArrayB(const String& FileName, SafeArray& FileLines,
+                          std::int32_t* NumLinesReturned = nullptr,
+                          std::int32_t* StartLine = nullptr, std::int32_t* EndLine = nullptr,
+                          std::int32_t* CodePage = nullptr, VBool IgnoreBlankLines = VBool::False,
+                          VBool ReplaceNull = VBool::False);
+void ReadTextFileToArray(const String& FileName, SafeArray& FileLines, std::int32_t& NumLinesRead);
+void TextToLines(String& text, SafeArray& Lines, std::int32_t* NumLines = nullptr,
+                 VBool IgnoreBlankLines = VBool::False);
+// Lines as the big-file reader counts them; FileExists tells whether there was a file.
+std::int32_t FileLineCount(const String& FilePath, VBool* FileExists = nullptr);
+// The same count without the 32-bit result, for files of any size.
+std::int64_t fileLineCount64(const String& FilePath);
+
+Currency LOFSafe(const String& FileName, VBool* HugeFile = nullptr, std::int32_t FileHandle = -1);
+void LongsToCurrency(std::int32_t LongLow, std::int32_t LongHigh, Currency& value);
+
+}  // namespace orvo::files
