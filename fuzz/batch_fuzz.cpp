@@ -30,6 +30,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::string_view input(reinterpret_cast<const char*>(data), size);
+  if (orvo::fuzz::touchesFiles(input)) return 0;
   orvo::cli::ObjectTable objects;  // one batch: handles from earlier lines are valid later
   while (true) {
     const std::size_t end = input.find('\n');

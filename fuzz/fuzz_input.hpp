@@ -1,9 +1,11 @@
 #pragma once
 
+#include <cctype>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 
 #include "frame/state.hpp"
 #include "orvogeneric/types.hpp"
@@ -32,6 +34,14 @@ inline void chooseLocale(std::uint8_t selector) {
   current = wanted;
   ::setenv("LC_ALL", kLocales[wanted], 1);
   frame::StaticGlobals::instance().setDecimalSeparatorCache({});
+}
+
+// Members that write, copy or delete files take whatever path the input names; they are left
+// to their own tests rather than let loose on the machine's files.
+inline bool touchesFiles(std::string_view input) {
+  std::string lower(input);
+  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return lower.find("filesubs") != std::string::npos;
 }
 
 }  // namespace orvo::fuzz

@@ -55,6 +55,37 @@ if [[ "$batch_out" != "$batch_want" ]]; then
   fails=$((fails + 1))
 fi
 
+# The text-file verbs: detection, counting and a round trip through UTF-16 and back.
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+printf 'caf\xe9\r\nline2\rline3\nlast' > "$work/ansi.txt"
+printf '\xef\xbb\xbfutf8\r\n' > "$work/bom.txt"
+expect 0 "$work/ansi.txt	encANSI	0	0
+$work/bom.txt	encUTF8_BOM	4	65001" -- encoding "$work/ansi.txt" "$work/bom.txt"
+expect 1 "" -- encoding "$work/missing.txt"
+expect 0 "4	$work/ansi.txt" -- lines "$work/ansi.txt"
+expect 1 "" -- lines "$work"
+expect 0 "" -- convert --to 1201 "$work/ansi.txt" "$work/be.txt"
+expect 0 "$work/be.txt	encUTF16_BE	6	1201" -- encoding "$work/be.txt"
+expect 0 "" -- convert --to 1252 --no-bom "$work/be.txt" "$work/back.txt"
+if ! cmp -s "$work/ansi.txt" "$work/back.txt"; then
+  echo "FAIL: convert round trip changed the bytes"
+  fails=$((fails + 1))
+fi
+expect 2 "" -- convert --to x "$work/ansi.txt" "$work/x.txt"
+expect 1 "" -- convert --to 65001 "$work/missing.txt" "$work/x.txt"
+for verb in encoding lines convert; do
+  if ! "$orvo" "$verb" --help | grep -q "^usage: orvo $verb"; then
+    echo "FAIL: orvo $verb --help"
+    fails=$((fails + 1))
+  fi
+done
+expect 1 "" -- members Nope
+if "$orvo" call MathsUtilities.RoundUp 1.2 > /dev/full 2>/dev/null; then
+  echo "FAIL: a failed write exited 0"
+  fails=$((fails + 1))
+fi
+
 if ((fails > 0)); then
   echo "$fails orvo CLI check(s) failed"
   exit 1

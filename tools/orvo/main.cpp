@@ -9,8 +9,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "cli.hpp"
+#include "file_verbs.hpp"
 #include "orvogeneric/automation.hpp"
 
 namespace {
@@ -22,6 +24,10 @@ constexpr const char* kUsage =
     "  orvo call Class.Member [ARG...] [Name:=ARG...]   one call, one JSON line\n"
     "  orvo batch                                       JSON lines on stdin, one call each\n"
     "  orvo members [Class]                             what can be called\n"
+    "  orvo encoding FILE...                            detected encoding and code page\n"
+    "  orvo lines FILE...                               line counts\n"
+    "  orvo convert --to CP [--from CP] [--bom|--no-bom] IN OUT   re-encode a text file\n"
+    "Each verb takes --help.\n"
     "ARG is JSON; a bare word that is not JSON is a string.\n"
     "A batch line: {\"call\": \"Class.Member\", \"args\": [...], \"named\": {\"Param\": ...}}\n"
     "              {\"object\": H, \"call\": \"Member\", ...}   a member of a returned object\n"
@@ -115,6 +121,10 @@ int main(int argc, char** argv) {
   if (verb == "call") return commandCall(argc, argv);
   if (verb == "batch") return commandBatch();
   if (verb == "members") return commandMembers(argc, argv);
+  const std::vector<std::string> rest(argv + 2, argv + argc);
+  if (verb == "encoding") return cli::commandEncoding(rest);
+  if (verb == "lines") return cli::commandLines(rest);
+  if (verb == "convert") return cli::commandConvert(rest);
   std::fprintf(stderr, "orvo: unknown command '%s'\n%s", verb.c_str(), kUsage);
   return 2;
 }
