@@ -100,6 +100,8 @@ std::int32_t HugeTextFile::CodePage() const {
 
 void HugeTextFile::setCodePage(std::int32_t codePage) {
   codePage_ = codePage;
+  convertCodePage_ = static_cast<std::int32_t>(effectiveCodePage(codePage));
+  converter_ = platform::Converter(static_cast<std::uint32_t>(convertCodePage_));
   if (encoding_ == -999) encoding_ = EncodingFromCodePage(codePage);
   switch (encoding_) {
     case encUTF16_LE_NB:
@@ -281,6 +283,14 @@ void HugeTextFile::consumeTerminator(std::size_t offset) {
   pos_ = next;
 }
 
+void HugeTextFile::decodeLine(std::span<const std::uint8_t> bytes, String& line) const {
+  if (codePage_ == CP_UTF32_LE || codePage_ == CP_UTF32_BE) {
+    decodeBytes(bytes, codePage_, line);  // refused there, with the conversion's own error
+    return;
+  }
+  decodeBytes(bytes, converter_, line);
+}
+
 bool HugeTextFile::nextLine(String* line) {
   partial_.clear();
   bool havePartial = false;
@@ -294,9 +304,9 @@ bool HugeTextFile::nextLine(String* line) {
           if (havePartial) {
             partial_.insert(partial_.end(), buffer_.begin() + static_cast<std::ptrdiff_t>(pos_),
                             buffer_.begin() + static_cast<std::ptrdiff_t>(pos_ + t));
-            decodeBytes(partial_, codePage_, *line);
+            decodeLine(partial_, *line);
           } else {
-            decodeBytes(std::span(buffer_.data() + pos_, t), codePage_, *line);
+            decodeLine(std::span(buffer_.data() + pos_, t), *line);
           }
         }
         consumeTerminator(t);
@@ -316,7 +326,7 @@ bool HugeTextFile::nextLine(String* line) {
       if (havePartial) {
         if (line != nullptr) {
           line->clear();
-          decodeBytes(partial_, codePage_, *line);
+          decodeLine(partial_, *line);
         }
         ++lineCount_;
         return true;
@@ -367,8 +377,8 @@ void HugeTextFile::LineWrite(const String& Line) {
     if (!file_.isOpen()) fail(45613);
     if (access_ == Read) fail(45612);
     std::string bytes;
-    encodeText(Line, codePage_, bytes);
-    encodeText(eol_, codePage_, bytes);
+    encodeText(Line, convertCodePage_, bytes);
+    encodeText(eol_, convertCodePage_, bytes);
     if (encoded_.size() + bytes.size() > static_cast<std::size_t>(bufferSize_)) writeBuffer();
     if (bytes.size() > static_cast<std::size_t>(bufferSize_)) {
       if (!file_.writeAll(

@@ -6,6 +6,7 @@
 
 #include "orvogeneric/types.hpp"
 #include "orvogeneric/variant.hpp"
+#include "platform/codepage.hpp"
 #include "platform/file.hpp"
 
 namespace orvo::files {
@@ -62,6 +63,7 @@ class HugeTextFile {
   // Steps over the terminator at pos_ + offset (a CR LF pair as one).
   void consumeTerminator(std::size_t offset);
   bool nextLine(String* line);
+  void decodeLine(std::span<const std::uint8_t> bytes, String& line) const;
   void writeBuffer();
 
   platform::File file_;
@@ -76,6 +78,10 @@ class HugeTextFile {
   std::int64_t lineCount_ = 0;
   bool eof_ = false;
   std::int32_t codePage_ = -999;
+  // The code page the conversions use, 0 resolved once to the system's: asking the regional
+  // settings on every line would cost more than converting it.
+  std::int32_t convertCodePage_ = 0;
+  platform::Converter converter_{1252};
   enumFileEncoding encoding_ = static_cast<enumFileEncoding>(-999);
   std::size_t unitWidth_ = 1;
   std::size_t significantByte_ = 0;

@@ -55,6 +55,13 @@ void decodeBytes(std::span<const std::uint8_t> bytes, std::int32_t codePage, Str
   out.resize(had + n);
 }
 
+void decodeBytes(std::span<const std::uint8_t> bytes, const platform::Converter& converter,
+                 String& out) {
+  const std::size_t had = out.size();
+  out.resize(had + bytes.size());
+  out.resize(had + converter.toWide(bytes, out.data() + had));
+}
+
 void encodeText(std::u16string_view text, std::int32_t codePage, std::string& out) {
   refuseUtf32(codePage, u"from string.");
   const std::size_t had = out.size();

@@ -34,6 +34,21 @@ std::size_t multiByteToWide(std::uint32_t codePage, std::span<const std::uint8_t
                             char16_t* out);
 std::size_t wideToMultiByte(std::uint32_t codePage, std::u16string_view text, std::uint8_t* out);
 
+// A code page's conversions resolved once, for converting many pieces of one file: also UTF-16
+// (1200, 1201) as its code units.
+class Converter {
+ public:
+  explicit Converter(std::uint32_t codePage);
+  // Whole-buffer conversions with the buffer sizes of the functions above (decoding: one unit
+  // per byte; encoding: three bytes per unit).
+  std::size_t toWide(std::span<const std::uint8_t> bytes, char16_t* out) const;
+  std::size_t fromWide(std::u16string_view text, std::uint8_t* out) const;
+
+ private:
+  std::uint32_t codePage_;
+  const void* table_;  // the recorded tables, when the page has them
+};
+
 namespace detail {
 // ICU's converters, for the pages without recorded tables.
 std::string icuWideToMultiByte(std::uint32_t codePage, std::u16string_view text);

@@ -4,6 +4,7 @@
 // code pages run on the recorded tables; UTF-8 is decoded here; other pages go to ICU.
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -264,6 +265,49 @@ std::string wideToMultiByte(std::uint32_t codePage, std::u16string_view text) {
       wideToMultiByte(codePage, text, reinterpret_cast<std::uint8_t*>(out.data()));
   out.resize(n);
   return out;
+}
+
+Converter::Converter(std::uint32_t codePage) : codePage_(codePage), table_(tableFor(codePage)) {}
+
+std::size_t Converter::toWide(std::span<const std::uint8_t> bytes, char16_t* out) const {
+  if (table_ != nullptr) {
+    return decodeTable(*static_cast<const tables::CodePageTable*>(table_), bytes.data(),
+                       bytes.size(), out);
+  }
+  if (codePage_ == 1200 && std::endian::native == std::endian::little) {
+    std::memcpy(out, bytes.data(), bytes.size() & ~std::size_t{1});
+    if (bytes.size() % 2 != 0) out[bytes.size() / 2] = bytes.back();
+    return (bytes.size() + 1) / 2;
+  }
+  if (codePage_ == 1200 || codePage_ == 1201) {
+    const bool swap = codePage_ == 1201;
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+      out[i / 2] = swap ? static_cast<char16_t>(bytes[i] << 8 | bytes[i + 1])
+                        : static_cast<char16_t>(bytes[i] | bytes[i + 1] << 8);
+    }
+    // An odd last byte is half a unit: kept as the low half.
+    if (bytes.size() % 2 != 0) out[bytes.size() / 2] = bytes.back();
+    return (bytes.size() + 1) / 2;
+  }
+  return multiByteToWide(codePage_, bytes, out);
+}
+
+std::size_t Converter::fromWide(std::u16string_view text, std::uint8_t* out) const {
+  if (table_ != nullptr) {
+    return encodeTable(*static_cast<const tables::CodePageTable*>(table_), text.data(), text.size(),
+                       out);
+  }
+  if (codePage_ == 1200 || codePage_ == 1201) {
+    const bool swap = codePage_ == 1201;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      const auto lo = static_cast<std::uint8_t>(text[i] & 0xFF);
+      const auto hi = static_cast<std::uint8_t>(text[i] >> 8);
+      out[2 * i] = swap ? hi : lo;
+      out[2 * i + 1] = swap ? lo : hi;
+    }
+    return text.size() * 2;
+  }
+  return wideToMultiByte(codePage_, text, out);
 }
 
 }  // namespace orvo::platform
