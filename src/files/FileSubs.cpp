@@ -89,4 +89,26 @@ void FileSubs::LongsToCurrency(std::int32_t LongLow, std::int32_t LongHigh, Curr
   files::LongsToCurrency(LongLow, LongHigh, value);
 }
 
+Variant FileSubs::ReadFileToByteArray(const String& FilePath, enumFileEncoding* FileEncoding) {
+  return files::ReadFileToByteArray(FilePath, FileEncoding);
+}
+void FileSubs::WriteStringToTextFileB(const String& CharString, const String& File,
+                                      std::int32_t CodePage, VBool PutByte) {
+  files::WriteStringToTextFileB(CharString, File, CodePage, PutByte);
+}
+void FileSubs::WriteStringToTextFile(const String& CharString, const String& File) {
+  files::WriteStringToTextFile(CharString, File);
+}
+void FileSubs::WriteStringArrayToTextFileB(SafeArray& FileLines, const String& File,
+                                           std::int32_t CodePage, VBool PutByte) {
+  files::WriteStringArrayToTextFileB(FileLines, File, CodePage, PutByte);
+}
+void FileSubs::WriteStringArrayToTextFile(SafeArray& FileLines, const String& File) {
+  files::WriteStringArrayToTextFile(FileLines, File);
+}
+void FileSubs::PrintB(const String& sString, const String& FilePath, std::int32_t CodePage,
+                      VBool PutByte, VBool AppendNewLine) {
+  files::PrintB(sString, FilePath, CodePage, PutByte, AppendNewLine);
+}
+
 }  // namespace orvo

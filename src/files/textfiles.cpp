@@ -5,8 +5,12 @@
 #include "files/HugeTextFile.hpp"
 #include "files/encoding.hpp"
 #include "files/textio.hpp"
+#include "frame/state.hpp"
+#include "frame/trace.hpp"
 #include "frame/traps.hpp"
 #include "platform/file.hpp"
+#include "platform/locale.hpp"
+#include "runtime/convert.hpp"
 #include "runtime/errors.hpp"
 #include "runtime/strings.hpp"
 
@@ -189,6 +193,154 @@ void TextToLines(String& text, SafeArray& Lines, std::int32_t* NumLines, VBool I
     if (!text.empty()) lines = runtime::Split(text, u"\n");
     if (NumLines != nullptr) *NumLines = static_cast<std::int32_t>(lines.size());
     Lines = SafeArray(0, std::move(lines));
+  });
+}
+
+namespace {
+
+// Deletes a file whatever happens, and forgets its remembered encoding.
+void killFile(const String& path) {
+  platform::deleteFile(path);
+  ClearTextFileEncoding(Variant(path));
+}
+
+bool writeBytes(platform::File& file, std::string_view bytes) {
+  return file.writeAll(
+      std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
+}
+
+}  // namespace
+
+bool OpenForInputB(const String& path, platform::File& file, enumFileEncoding& encoding) {
+  if (!fileExists(path)) return false;
+  encoding = TextFileEncoding(path, kDefaultSampleBytes);
+  if (!file.open(path, true, false, platform::Disposition::OpenExisting, true)) return false;
+  return file.seek(DefaultBOMSize(encoding), SEEK_SET);
+}
+
+bool OpenForOutputB(const String& path, platform::File& file, enumFileEncoding encoding) {
+  killFile(path);
+  if (!file.open(path, false, true, platform::Disposition::CreateAlways, false)) return false;
+  return writeBytes(file, bomBytes(encoding));
+}
+
+bool OpenForAppendB(const String& path, platform::File& file, enumFileEncoding& encoding,
+                    bool create) {
+  if (!fileExists(path)) {
+    if (!create) {
+      frame::LibraryTrace(u"OpenForAppendB: file does not exist: " + path);
+      return false;
+    }
+    if (encoding < encBIN || encoding > encUTF32_BE) encoding = encANSI;
+    return OpenForOutputB(path, file, encoding);
+  }
+  encoding = TextFileEncoding(path, kDefaultSampleBytes);
+  const auto length = platform::fileSize(path);
+  if (!length || *length > kTwoGigabytes) return false;
+  if (!file.open(path, false, true, platform::Disposition::OpenExisting, false) ||
+      !file.seek(0, SEEK_END)) {
+    return false;
+  }
+  return *length > 0 || writeBytes(file, bomBytes(encoding));
+}
+
+Variant ReadFileToByteArray(const String& FilePath, enumFileEncoding* FileEncoding) {
+  return frame::trap(u"ReadFileToByteArray", [&]() -> Variant {
+    if (!fileExists(FilePath)) runtime::raise(runtime::errFileNotFound);
+    if (LOFSafe(FilePath).scaled > kTwoGigabytes * Currency::scale) {
+      throw Error(kErrorFileTooLarge,
+                  u"File is too large (>2GB)\r\nFileName = '" + FilePath + u"'");
+    }
+    platform::File file;
+    enumFileEncoding encoding = encANSI;
+    if (!OpenForInputB(FilePath, file, encoding)) runtime::raise(runtime::errPathFileAccess);
+    if (FileEncoding != nullptr) *FileEncoding = encoding;
+    const std::int64_t size = file.size().value_or(0) - DefaultBOMSize(encoding);
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::max<std::int64_t>(0, size)));
+    if (file.read(bytes) < 0) runtime::raise(runtime::errPathFileAccess);
+    if (bytes.empty()) return Variant(SafeArray(VarType::Byte, 0, {}));
+    return Variant(SafeArray(1, std::move(bytes)));
+  });
+}
+
+void WriteStringToTextFileB(const String& CharString, const String& File, std::int32_t CodePage,
+                            VBool PutByte) {
+  frame::trap(u"WriteStringToTextFileB", [&] {
+    platform::File file;
+    if (!nonZero(PutByte)) {
+      // Text output: the system's ANSI code page, nothing added.
+      killFile(File);
+      if (!file.open(File, false, true, platform::Disposition::CreateAlways, false)) {
+        runtime::raise(runtime::errPathNotFound);
+      }
+      std::string bytes;
+      encodeText(CharString, CP_ACP, bytes);
+      if (!writeBytes(file, bytes)) runtime::raise(runtime::errPathFileAccess);
+      return;
+    }
+    const enumFileEncoding encoding = EncodingFromCodePage(CodePage);
+    if (!OpenForOutputB(File, file, encoding)) {
+      frame::LibraryTrace(u"WriteStringToTextFileB failed on OpenForOutputB, file '" + File + u"'");
+      return;
+    }
+    std::string bytes;
+    encodeText(CharString, CodePageCheck(CodePage, encoding), bytes);
+    if (!writeBytes(file, bytes)) runtime::raise(runtime::errPathFileAccess);
+  });
+}
+
+void WriteStringToTextFile(const String& CharString, const String& File) {
+  WriteStringToTextFileB(CharString, File, 0, VBool::True);
+}
+
+namespace {
+String joinLines(const SafeArray& lines) {
+  String text;
+  if (!lines.dimensioned() || lines.size() == 0) return text;
+  const String eol = frame::StaticGlobals::instance().eol();
+  const auto rs = platform::userRegionalSettings();
+  for (std::int64_t i = lines.lowerBound(); i <= lines.upperBound(); ++i) {
+    if (i > lines.lowerBound()) text += eol;
+    text += runtime::CStr(lines.get(static_cast<std::int32_t>(i)), *rs);
+  }
+  return text;
+}
+}  // namespace
+
+void WriteStringArrayToTextFileB(const SafeArray& FileLines, const String& File,
+                                 std::int32_t CodePage, VBool PutByte) {
+  WriteStringToTextFileB(joinLines(FileLines), File, CodePage, PutByte);
+}
+
+void WriteStringArrayToTextFile(const SafeArray& FileLines, const String& File) {
+  WriteStringToTextFileB(joinLines(FileLines), File, 0, VBool::True);
+}
+
+void PrintB(const String& sString, const String& FilePath, std::int32_t CodePage, VBool PutByte,
+            VBool AppendNewLine) {
+  frame::trap(u"PrintB", [&] {
+    platform::File file;
+    if (!nonZero(PutByte)) {
+      // A text line: created if absent, always terminated with CR LF, in the ANSI code page.
+      if (!file.open(FilePath, false, true, platform::Disposition::OpenAlways, false) ||
+          !file.seek(0, SEEK_END)) {
+        runtime::raise(runtime::errPathNotFound);
+      }
+      std::string bytes;
+      encodeText(sString + u"\r\n", CP_ACP, bytes);
+      if (!writeBytes(file, bytes)) runtime::raise(runtime::errPathFileAccess);
+      return;
+    }
+    enumFileEncoding encoding = encANSI;
+    if (!OpenForAppendB(FilePath, file, encoding, false)) {
+      frame::LibraryTrace(u"PrintB failed on OpenForAppendB, file '" + FilePath + u"'");
+      return;
+    }
+    String text = sString;
+    if (nonZero(AppendNewLine)) text += frame::StaticGlobals::instance().eol();
+    std::string bytes;
+    encodeText(text, CodePageCheck(CodePage, encoding), bytes);
+    if (!writeBytes(file, bytes)) runtime::raise(runtime::errPathFileAccess);
   });
 }
 

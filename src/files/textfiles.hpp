@@ -4,6 +4,7 @@
 
 #include "orvogeneric/types.hpp"
 #include "orvogeneric/variant.hpp"
+#include "platform/file.hpp"
 
 // Whole text files and files of lines: reading with the detected encoding, counting lines,
 // file lengths beyond 32 bits.
@@ -28,7 +29,25 @@ std::int32_t FileLineCount(const String& FilePath, VBool* FileExists = nullptr);
 // The same count without the 32-bit result, for files of any size.
 std::int64_t fileLineCount64(const String& FilePath);
 
+Variant ReadFileToByteArray(const String& FilePath, enumFileEncoding* FileEncoding = nullptr);
+void WriteStringToTextFileB(const String& CharString, const String& File, std::int32_t CodePage = 0,
+                            VBool PutByte = VBool::True);
+void WriteStringToTextFile(const String& CharString, const String& File);
+void WriteStringArrayToTextFileB(const SafeArray& FileLines, const String& File,
+                                 std::int32_t CodePage = 0, VBool PutByte = VBool::True);
+void WriteStringArrayToTextFile(const SafeArray& FileLines, const String& File);
+void PrintB(const String& sString, const String& FilePath, std::int32_t CodePage = 0,
+            VBool PutByte = VBool::True, VBool AppendNewLine = VBool::True);
+
 Currency LOFSafe(const String& FileName, VBool* HugeFile = nullptr, std::int32_t FileHandle = -1);
 void LongsToCurrency(std::int32_t LongLow, std::int32_t LongHigh, Currency& value);
+
+// Opening for binary access, as the writers and the log use it. Each positions the file where
+// text goes: after the BOM for reading, at the end for appending (writing the encoding's BOM
+// into an empty file), after a fresh BOM for output.
+bool OpenForInputB(const String& path, platform::File& file, enumFileEncoding& encoding);
+bool OpenForAppendB(const String& path, platform::File& file, enumFileEncoding& encoding,
+                    bool create);
+bool OpenForOutputB(const String& path, platform::File& file, enumFileEncoding encoding);
 
 }  // namespace orvo::files

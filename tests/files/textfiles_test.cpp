@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "files/encoding.hpp"
 #include "files/files_fixture.hpp"
 #include "files/textio.hpp"
 #include "support/test_support.hpp"
@@ -154,6 +155,125 @@ TEST(TextToLinesTest, NormalisesAndSplits) {
     EXPECT_EQ(count, static_cast<std::int32_t>(c.lines.size()));
     EXPECT_EQ(*lines.elements<String>(), c.lines) << test::show(c.text);
   }
+}
+
+TEST_F(TextFiles, WritingWholeFiles) {
+  test::ScopedLocale english("en_US.UTF-8");  // ANSI code page 1252
+  struct Case {
+    const char* name;
+    std::int32_t codePage;
+    bool putByte;
+    bool unicodeBOM;
+    std::string bytes;
+  };
+  const Case cases[] = {
+      {"ANSI, no BOM", 0, true, true, "caf\xE9"},
+      {"ANSI by name", 1252, true, true, "caf\xE9"},
+      {"line mode ignores the code page", 65001, false, true, "caf\xE9"},
+      {"UTF-16 LE with BOM", 1200, true, true,
+       std::string("\xFF\xFE"
+                   "c\0a\0f\0\xE9\0",
+                   10)},
+      {"UTF-16 LE without BOM", 1200, true, false, std::string("c\0a\0f\0\xE9\0", 8)},
+      {"UTF-16 BE with BOM", 1201, true, true, std::string("\xFE\xFF\0c\0a\0f\0\xE9", 10)},
+      {"UTF-8 with BOM", 65001, true, true,
+       "\xEF\xBB\xBF"
+       "caf\xC3\xA9"},
+      {"UTF-8 without BOM", 65001, true, false, "caf\xC3\xA9"},
+  };
+  for (const auto& c : cases) {
+    setWriteUnicodeBOM(c.unicodeBOM);
+    // An older, longer file of another encoding must be replaced, not overwritten in place.
+    const String file = write("out.txt",
+                              "\xFF\xFE"
+                              "older and longer content");
+    WriteStringToTextFileB(u"caf\u00e9", file, c.codePage, toVBool(c.putByte));
+    EXPECT_EQ(read("out.txt"), c.bytes) << c.name;
+    std::int32_t cp = 0;
+    // A short UTF-16 file without BOM is too short for the zero-byte heuristic to recognise.
+    if (c.putByte && (c.unicodeBOM || c.codePage != 1200)) {
+      EXPECT_EQ(ReadTextFileToStringB(file, &cp), u"caf\u00e9") << c.name;
+    }
+  }
+  setWriteUnicodeBOM(true);
+
+  const SafeArray lines(1, std::vector<String>{u"one", u"", u"three"});
+  WriteStringArrayToTextFile(lines, path("lines.txt"));
+  EXPECT_EQ(read("lines.txt"), "one\r\n\r\nthree") << "no terminator after the last line";
+  WriteStringArrayToTextFileB(SafeArray(VarType::String), path("lines.txt"));
+  EXPECT_EQ(read("lines.txt"), "");
+
+  // Byte mode into a directory that does not exist: traced, nothing raised.
+  test::TraceCapture trace;
+  const String lost = path("no/such/dir.txt");
+  WriteStringToTextFileB(u"x", lost);
+  ASSERT_EQ(trace.messages().size(), 1U);
+  EXPECT_EQ(trace.messages()[0],
+            u"WriteStringToTextFileB failed on OpenForOutputB, file '" + lost + u"'");
+}
+
+TEST_F(TextFiles, PrintingLinesKeepsTheFilesEncoding) {
+  test::ScopedLocale english("en_US.UTF-8");
+  test::TraceCapture trace;
+  const String missing = path("missing.log");
+  PrintB(u"x", missing);
+  EXPECT_FALSE(std::filesystem::exists(dir_ / "missing.log")) << "byte mode never creates";
+  ASSERT_EQ(trace.messages().size(), 2U);
+  EXPECT_EQ(trace.messages()[0], u"OpenForAppendB: file does not exist: " + missing);
+  EXPECT_EQ(trace.messages()[1], u"PrintB failed on OpenForAppendB, file '" + missing + u"'");
+
+  PrintB(u"caf\u00e9", missing, 65001, VBool::False, VBool::False);
+  PrintB(u"two", missing, 0, VBool::False);
+  EXPECT_EQ(read("missing.log"), "caf\xE9\r\ntwo\r\n") << "line mode: ANSI, always terminated";
+
+  struct Case {
+    const char* name;
+    std::string before;
+    std::int32_t codePage;
+    bool newLine;
+    std::string after;
+  };
+  const Case cases[] = {
+      {"UTF-8 file stays UTF-8 whatever is asked",
+       "\xEF\xBB\xBF"
+       "a",
+       1252, true,
+       "\xEF\xBB\xBF"
+       "a\xC3\xA9\r\n"},
+      {"UTF-16 LE appends code units",
+       std::string("\xFF\xFE"
+                   "a\0",
+                   4),
+       0, false,
+       std::string("\xFF\xFE"
+                   "a\0\xE9\0",
+                   6)},
+      {"ANSI file in the asked code page, best fit", "a", 1251, false, "ae"},
+      {"ANSI file in the system code page", "a", 0, true, "a\xE9\r\n"},
+      {"an empty file gets no BOM for ANSI", "", 0, false, "\xE9"},
+  };
+  int n = 0;
+  for (const auto& c : cases) {
+    const std::string name = "append" + std::to_string(n++);
+    const String file = write(name, c.before);
+    PrintB(u"\u00e9", file, c.codePage, VBool::True, toVBool(c.newLine));
+    EXPECT_EQ(read(name), c.after) << c.name;
+  }
+}
+
+TEST_F(TextFiles, ReadingRawBytes) {
+  enumFileEncoding encoding = encANSI;
+  const Variant bytes = ReadFileToByteArray(write("u8",
+                                                  "\xEF\xBB\xBF"
+                                                  "ab"),
+                                            &encoding);
+  ASSERT_TRUE(bytes.isArray());
+  const SafeArray& array = *bytes.array();
+  EXPECT_EQ(array.lowerBound(), 1);
+  EXPECT_EQ(std::string(array.bytes().begin(), array.bytes().end()), "ab") << "BOM skipped";
+  EXPECT_EQ(encoding, encUTF8_BOM);
+  EXPECT_EQ(ReadFileToByteArray(write("empty", "")).array()->size(), 0U);
+  EXPECT_EQ(errorOf([&] { (void)ReadFileToByteArray(path("missing")); }).number(), 53);
 }
 
 }  // namespace
