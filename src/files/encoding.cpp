@@ -4,12 +4,16 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "frame/state.hpp"
 #include "frame/trace.hpp"
 #include "frame/traps.hpp"
 #include "platform/file.hpp"
 #include "runtime/convert.hpp"
 #include "runtime/strings.hpp"
+#include "system/locale_lists.hpp"
+#include "system/locale_queries.hpp"
 #include "text/maths.hpp"
+#include "text/strings.hpp"
 
 namespace orvo::files {
 
@@ -256,11 +260,9 @@ VBool FileIsUnicode(const String& FilePath, enumFileEncoding* FileEncoding) {
 }
 
 namespace {
-// Whether a code page is the default ANSI code page of some installed locale. The recorded
-// platform lists every one of the fourteen ANSI code pages among its locales.
 bool isInstalledAnsiCodePage(std::int32_t cp) {
-  return cp == 874 || cp == 932 || cp == 936 || cp == 949 || cp == 950 ||
-         (cp >= 1250 && cp <= 1258);
+  frame::main();  // the lists are built on first need when no object of ours was made yet
+  return nonZero(text::bIsInCollection(system::AvailableANSICodePages(), system::numberKey(cp)));
 }
 }  // namespace
 

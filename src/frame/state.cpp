@@ -2,6 +2,8 @@
 
 #include <mutex>
 
+#include "system/locale_lists.hpp"
+
 namespace orvo::frame {
 
 StaticGlobals& StaticGlobals::instance() {
@@ -27,6 +29,7 @@ ORVO_STATE_ACCESSORS(String, appINIFileOverride, setAppINIFileOverride, appINIFi
 ORVO_STATE_ACCESSORS(bool, loggingSuppressed, setLoggingSuppressed, loggingSuppressed_)
 ORVO_STATE_ACCESSORS(String, eol, setEol, eol_)
 ORVO_STATE_ACCESSORS(String, decimalSeparatorCache, setDecimalSeparatorCache, decimalSeparator_)
+ORVO_STATE_ACCESSORS(LocaleLists, localeLists, setLocaleLists, localeLists_)
 #undef ORVO_STATE_ACCESSORS
 
 bool StaticGlobals::parentAppInitialised() const {
@@ -38,6 +41,16 @@ bool StaticGlobals::parentAppInitialised() const {
 void StaticGlobals::setParentAppInitialised() {
   const std::lock_guard lock(mutex_);
   parentAppInitialised_ = true;
+}
+
+bool StaticGlobals::localeListsBuilt() const {
+  const std::lock_guard lock(mutex_);
+  return localeListsBuilt_;
+}
+
+void StaticGlobals::setLocaleListsBuilt() {
+  const std::lock_guard lock(mutex_);
+  localeListsBuilt_ = true;
 }
 
 void StaticGlobals::resetForTesting() {
@@ -65,10 +78,7 @@ void SetLoggingSuppressed(bool suppressed) {
 
 void main() {
   static std::once_flag once;
-  std::call_once(once, [] {
-    // The locale and code-page lists are filled here once they exist; until then start-up
-    // has nothing to prepare, and every object creation still passes through this point.
-  });
+  std::call_once(once, [] { system::InitialiseLCIDCodePageLists(); });
 }
 
 }  // namespace orvo::frame

@@ -1,13 +1,26 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
 
+#include "orvogeneric/collection.hpp"
 #include "orvogeneric/types.hpp"
 
 namespace orvo::frame {
+
+// The locale and code-page lists, built once per process by the start-up procedure. The
+// list objects themselves are handed to callers, so what a caller changes in one stays.
+struct LocaleLists {
+  std::shared_ptr<Collection> installed;           // LCIDs keyed by their decimal text
+  std::shared_ptr<Collection> supported;           // kept, not offered to callers
+  std::shared_ptr<Collection> ansiCodePages;       // code page numbers keyed by their text
+  std::shared_ptr<Collection> firstLocale;         // the first LCID met per code page
+  std::shared_ptr<Collection> representative;      // the representative LCID per code page
+  std::shared_ptr<Collection> localesPerCodePage;  // a Collection of LCIDs per code page
+};
 
 // Process-wide state shared by every object of the library. The applications use it from one
 // thread, but hosts such as the command-line tool and the tests do not, so every field is
@@ -39,7 +52,14 @@ class StaticGlobals {
   String decimalSeparatorCache() const;
   void setDecimalSeparatorCache(String v);
 
-  // Back to the state of a freshly loaded library; for tests that need a clean process.
+  // Null lists until the start-up procedure has created them.
+  LocaleLists localeLists() const;
+  void setLocaleLists(LocaleLists v);
+  bool localeListsBuilt() const;
+  void setLocaleListsBuilt();
+
+  // Back to the state of a freshly loaded library; for tests that need a clean process. The
+  // locale lists stay: they are never rebuilt while the library is loaded.
   void resetForTesting();
 
  private:
@@ -53,6 +73,8 @@ class StaticGlobals {
   bool loggingSuppressed_ = false;
   String eol_ = u"\r\n";
   String decimalSeparator_;
+  LocaleLists localeLists_;
+  bool localeListsBuilt_ = false;
 };
 
 // Development-mode switch: constantly false in the built library; it exists so that a

@@ -10,9 +10,10 @@
 
 namespace orvo::platform {
 
-// The system's ANSI code page: the one that belongs to the user's locale (1252 for English and
-// most western locales, 932 Japanese, 936 Chinese (PRC), 949 Korean, 950 Chinese (Taiwan),
-// 1250/1251/1253/1254/1255/1256/1257/1258/874 by region).
+// The system's ANSI code page (GetACP): $ORVO_ANSI_CODEPAGE when it names one of the pages a
+// system can have (874, 932, 936, 949, 950, 1250-1258, 65001), else the default ANSI code page
+// of the system locale (LC_ALL, LC_CTYPE, LANG: 1252 for English and most western locales,
+// 932 Japanese, 1251 Russian, ...), and 1252 for a Unicode-only system locale.
 std::uint32_t systemAnsiCodePage();
 
 inline constexpr std::uint32_t kCodePageUtf8 = 65001;

@@ -32,13 +32,15 @@ struct RegionalSettings {
   String timeFormat = u"h:mm:ss tt";  // the long time format
   String am = u"AM";
   String pm = u"PM";
+  // The locale's default code pages (0 and 1 for a Unicode-only locale); the one the system
+  // converts with is systemAnsiCodePage() in codepage.hpp.
   std::uint32_t ansiCodePage = 1252;
   std::uint32_t oemCodePage = 437;
 };
 
-// The user's locale name on POSIX: LC_ALL, then the category variable (LC_NUMERIC or LC_TIME),
-// then LANG; unset, empty, "C" and "POSIX" mean English (United States). The encoding and
-// modifier parts ("de_DE.UTF-8@euro") are dropped.
+// The user's locale name on POSIX: LC_ALL, then the category variable (LC_NUMERIC, LC_TIME, or
+// LC_CTYPE for the system locale), then LANG; unset, empty, "C" and "POSIX" mean English
+// (United States). The encoding and modifier parts ("de_DE.UTF-8@euro") are dropped.
 std::string userLocaleName(const char* categoryVariable = "LC_NUMERIC");
 
 // Settings of a named locale ("de_DE", "fr-FR"); unknown names fall back to en_US data.

@@ -1,9 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <set>
+#include <stdexcept>
 #include <string>
 
 #include "automation/coerce.hpp"
+#include "files/encoding.hpp"
+#include "frame/state.hpp"
 #include "orvogeneric/automation.hpp"
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/error.hpp"
@@ -27,7 +32,34 @@ Variant sample(std::string_view type) {
   return Variant(std::int32_t{1});  // enumerations
 }
 
+// Members that touch files get the sample text as a path: they run in a scratch directory, with
+// no programs to start, and the process-wide settings they change are put back afterwards.
+class ScratchDirectory {
+ public:
+  ScratchDirectory() : previous_(std::filesystem::current_path()) {
+    std::string pattern =
+        (std::filesystem::temp_directory_path() / "orvo_registry_XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
+    dir_ = pattern;
+    std::filesystem::current_path(dir_);
+  }
+  ~ScratchDirectory() {
+    std::filesystem::current_path(previous_);
+    std::filesystem::remove_all(dir_);
+    frame::StaticGlobals::instance().setEol(u"\r\n");
+    files::setWriteUnicodeBOM(true);
+  }
+  ScratchDirectory(const ScratchDirectory&) = delete;
+  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
+
+ private:
+  std::filesystem::path previous_;
+  std::filesystem::path dir_;
+};
+
 TEST(RegistryTest, EveryRegisteredMemberInvokes) {
+  const ScratchDirectory scratch;
+  const test::ScopedEnvironment noPrograms("PATH", "");
   int invoked = 0;
   int succeeded = 0;
   for (const auto& cls : classes()) {

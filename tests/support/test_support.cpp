@@ -106,6 +106,26 @@ ScopedLocale::~ScopedLocale() {
   frame::StaticGlobals::instance().setDecimalSeparatorCache({});
 }
 
+ScopedEnvironment::ScopedEnvironment(const char* name, const char* value) : name_(name) {
+  if (const char* old = std::getenv(name)) {
+    previous_ = old;
+    hadPrevious_ = true;
+  }
+  if (value != nullptr) {
+    ::setenv(name, value, 1);
+  } else {
+    ::unsetenv(name);
+  }
+}
+
+ScopedEnvironment::~ScopedEnvironment() {
+  if (hadPrevious_) {
+    ::setenv(name_.c_str(), previous_.c_str(), 1);
+  } else {
+    ::unsetenv(name_.c_str());
+  }
+}
+
 TraceCapture::TraceCapture()
     : previous_(
           frame::setTraceSink([this](std::u16string_view prefix, std::u16string_view message) {
@@ -159,6 +179,7 @@ std::string show(std::u16string_view s) {
 namespace {
 const bool kNeutralLocale = [] {
   ::setenv("LC_ALL", "en_US.UTF-8", 1);
+  ::unsetenv("ORVO_ANSI_CODEPAGE");
   return true;
 }();
 }  // namespace

@@ -34,6 +34,20 @@ class ScopedLocale {
   bool hadPrevious_ = false;
 };
 
+// Sets one environment variable (nullptr: unsets it) for the test's lifetime.
+class ScopedEnvironment {
+ public:
+  ScopedEnvironment(const char* name, const char* value);
+  ~ScopedEnvironment();
+  ScopedEnvironment(const ScopedEnvironment&) = delete;
+  ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
+
+ private:
+  std::string name_;
+  std::string previous_;
+  bool hadPrevious_ = false;
+};
+
 // Captures library trace lines for the test's lifetime.
 class TraceCapture {
  public:

@@ -3,12 +3,15 @@
 #include <unicode/ucnv.h>
 #include <unicode/utf16.h>
 
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 
 #include "platform/locale.hpp"
+#include "platform/locale_info.hpp"
+#include "platform/posix/windows_locale_facts.hpp"
 #include "runtime/errors.hpp"
 
 namespace orvo::platform {
@@ -76,9 +79,41 @@ UConverter& converter(std::uint32_t codePage) {
   return *slot;
 }
 
+std::uint32_t parseCodePage(const char* text) {
+  char* end = nullptr;
+  const unsigned long value = std::strtoul(text, &end, 10);
+  return end != text && *end == '\0' && value <= 0xFFFFFFFFUL ? static_cast<std::uint32_t>(value)
+                                                              : 0;
+}
+
+// The pages a system can have as its ANSI code page: the 8-bit ones and UTF-8 (the
+// platform's "use UTF-8 for worldwide language support" setting).
+bool isAnsiCodePage(std::uint32_t cp) {
+  switch (cp) {
+    case 874:
+    case 932:
+    case 936:
+    case 949:
+    case 950:
+    case 65001:
+      return true;
+    default:
+      return cp >= 1250 && cp <= 1258;
+  }
+}
+
 }  // namespace
 
-std::uint32_t systemAnsiCodePage() { return userRegionalSettings()->ansiCodePage; }
+std::uint32_t systemAnsiCodePage() {
+  if (const char* forced = std::getenv("ORVO_ANSI_CODEPAGE"); forced != nullptr) {
+    const std::uint32_t cp = parseCodePage(forced);
+    if (isAnsiCodePage(cp)) return cp;
+  }
+  const std::uint32_t cp = posix::windowsCodePages(systemDefaultLCID()).ansi;
+  // A Unicode-only locale cannot be the platform's system locale; such a user's 8-bit files
+  // come from the Western page.
+  return cp != 0 ? cp : 1252;
+}
 
 std::string detail::icuWideToMultiByte(std::uint32_t codePage, std::u16string_view text) {
   UConverter& cnv = converter(codePage);

@@ -3,6 +3,7 @@
 #include <unicode/dcfmtsym.h>
 #include <unicode/decimfmt.h>
 #include <unicode/dtfmtsym.h>
+#include <unicode/dtptngen.h>
 #include <unicode/locid.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/uloc.h>
@@ -11,6 +12,9 @@
 #include <map>
 #include <mutex>
 #include <string_view>
+
+#include "platform/locale_info.hpp"
+#include "platform/posix/windows_locale_facts.hpp"
 
 namespace orvo::platform {
 
@@ -22,7 +26,8 @@ String fromIcu(const icu::UnicodeString& s) {
 }
 
 // Where the platform's own tables differ from CLDR, the platform wins: these are the values a
-// Windows user of the locale sees (date pictures, abbreviations without CLDR's periods).
+// Windows user of the locale sees (date pictures, abbreviations without CLDR's periods). An
+// empty picture keeps the one derived from CLDR.
 struct WindowsOverride {
   std::string_view locale;
   std::u16string_view shortDate;
@@ -41,6 +46,9 @@ constexpr WindowsOverride kOverrides[] = {
     {"nl_NL", u"d-M-yyyy", u"dddd d MMMM yyyy", u"HH:mm:ss"},
     {"ja_JP", u"yyyy/MM/dd", u"yyyy'\u5e74'M'\u6708'd'\u65e5'", u"H:mm:ss"},
     {"zh_CN", u"yyyy/M/d", u"yyyy'\u5e74'M'\u6708'd'\u65e5'", u"HH:mm:ss"},
+    {"pl_PL", u"dd.MM.yyyy", u"", u""},
+    {"ko_KR", u"yyyy-MM-dd", u"", u""},
+    {"ru_RU", u"", u"d MMMM yyyy '\u0433.'", u""},
 };
 
 // ICU date patterns to the platform's picture strings: "a" is "tt", "EEEE" is "dddd", a lone
@@ -64,10 +72,20 @@ String toWindowsPicture(const icu::UnicodeString& icuPattern) {
         out.append(u"yyyy");
         break;
       case u'a':
+      case u'b':
+      case u'B':
         out.append(u"tt");
         break;
       case u'E':
+      case u'c':
         out.append(run >= 4 ? u"dddd" : u"ddd");
+        break;
+      case u'G':
+        out.append(u"gg");
+        break;
+      case u'\u202f':
+        // The platform's pictures predate CLDR's narrow no-break space before the AM/PM mark.
+        out.append(run, u' ');
         break;
       case u'L':
         out.append(run, u'M');
@@ -106,73 +124,29 @@ void setCurrencyModes(RegionalSettings& rs, const String& pattern) {
   if (rs.localeName == "en_US") rs.currencyNegativeMode = 0;
 }
 
-std::uint32_t ansiCodePageFor(std::string_view language, std::string_view country) {
-  struct Entry {
-    std::string_view language;
-    std::uint32_t cp;
-  };
-  static constexpr Entry kByLanguage[] = {
-      {"ja", 932},  {"ko", 949},  {"th", 874},  {"vi", 1258}, {"cs", 1250}, {"pl", 1250},
-      {"hu", 1250}, {"sk", 1250}, {"sl", 1250}, {"hr", 1250}, {"ro", 1250}, {"sq", 1250},
-      {"bs", 1250}, {"ru", 1251}, {"uk", 1251}, {"be", 1251}, {"bg", 1251}, {"mk", 1251},
-      {"sr", 1251}, {"kk", 1251}, {"el", 1253}, {"tr", 1254}, {"az", 1254}, {"he", 1255},
-      {"ar", 1256}, {"fa", 1256}, {"ur", 1256}, {"et", 1257}, {"lv", 1257}, {"lt", 1257},
-  };
-  if (language == "zh") {
-    return country == "TW" || country == "HK" || country == "MO" ? 950 : 936;
-  }
-  for (const auto& e : kByLanguage) {
-    if (e.language == language) return e.cp;
-  }
-  return 1252;
-}
-
-std::uint32_t oemCodePageFor(std::uint32_t ansi, std::string_view language,
-                             std::string_view country) {
-  switch (ansi) {
-    case 932:
-    case 936:
-    case 949:
-    case 950:
-    case 874:
-      return ansi;
-    case 1250:
-      return 852;
-    case 1251:
-      return 866;
-    case 1253:
-      return 737;
-    case 1254:
-      return 857;
-    case 1255:
-      return 862;
-    case 1256:
-      return 720;
-    case 1257:
-      return 775;
-    case 1258:
-      return 1258;
-    default:
-      return language == "en" && (country == "US" || country.empty()) ? 437 : 850;
-  }
-}
-
 std::shared_ptr<const RegionalSettings> build(const std::string& name) {
   auto rs = std::make_shared<RegionalSettings>();
   icu::Locale loc = icu::Locale::createCanonical(name.c_str());
   if (loc.isBogus() || std::string_view(loc.getLanguage()).empty()) loc = icu::Locale("en", "US");
   rs->localeName = loc.getLanguage();
   if (*loc.getCountry() != '\0') rs->localeName += std::string("_") + loc.getCountry();
-  rs->lcid = uloc_getLCID(loc.getName());
-  if (rs->lcid == 0) rs->lcid = 0x0409;
+  rs->lcid = lcidForLocaleName(loc.getName());
 
   UErrorCode status = U_ZERO_ERROR;
-  const icu::DecimalFormatSymbols symbols(loc, status);
+  // The platform's separators are those of the Latin digits it formats with, also where CLDR
+  // defaults to native digits (Arabic: "." and "," rather than U+066B and U+066C).
+  icu::Locale latin = loc;
+  latin.setKeywordValue("numbers", "latn", status);
+  status = U_ZERO_ERROR;
+  const icu::DecimalFormatSymbols symbols(latin, status);
   if (U_SUCCESS(status)) {
     rs->decimalSeparator =
         fromIcu(symbols.getSymbol(icu::DecimalFormatSymbols::kDecimalSeparatorSymbol));
     rs->thousandSeparator =
         fromIcu(symbols.getSymbol(icu::DecimalFormatSymbols::kGroupingSeparatorSymbol));
+    // The platform's tables predate CLDR's narrow no-break space (French, Swiss French and
+    // others group with U+00A0).
+    if (rs->thousandSeparator == u"\u202f") rs->thousandSeparator = u"\u00a0";
     rs->currencySymbol = fromIcu(symbols.getSymbol(icu::DecimalFormatSymbols::kCurrencySymbol));
   }
   status = U_ZERO_ERROR;
@@ -196,7 +170,9 @@ std::shared_ptr<const RegionalSettings> build(const std::string& name) {
     for (std::int32_t i = 0; i < 12 && i < count; ++i)
       rs->abbrevMonthNames[i] = fromIcu(shortMonths[i]);
     // ICU's weekday arrays are 1-based (index 0 unused), Sunday first.
-    const auto* days = dates.getWeekdays(count, DFS::STANDALONE, DFS::WIDE);
+    // Weekday names are the forms used inside a date (Finnish "maanantaina", lower-case
+    // Latvian "pirmdiena"); month names the stand-alone ones (Russian "Январь").
+    const auto* days = dates.getWeekdays(count, DFS::FORMAT, DFS::WIDE);
     for (std::int32_t i = 1; i <= 7 && i < count; ++i) rs->dayNames[i - 1] = fromIcu(days[i]);
     const auto* shortDays = dates.getWeekdays(count, DFS::FORMAT, DFS::ABBREVIATED);
     for (std::int32_t i = 1; i <= 7 && i < count; ++i)
@@ -207,14 +183,28 @@ std::shared_ptr<const RegionalSettings> build(const std::string& name) {
       rs->pm = fromIcu(ampm[1]);
     }
   }
+  // The platform's pictures are Gregorian ones, also where CLDR's default calendar is not.
+  icu::Locale gregorian = loc;
+  status = U_ZERO_ERROR;
+  gregorian.setKeywordValue("calendar", "gregorian", status);
   auto picture = [&](icu::DateFormat::EStyle dateStyle, icu::DateFormat::EStyle timeStyle) {
     std::unique_ptr<icu::DateFormat> f(
-        icu::DateFormat::createDateTimeInstance(dateStyle, timeStyle, loc));
+        icu::DateFormat::createDateTimeInstance(dateStyle, timeStyle, gregorian));
     icu::UnicodeString pattern;
     if (auto* simple = dynamic_cast<icu::SimpleDateFormat*>(f.get())) simple->toPattern(pattern);
     return toWindowsPicture(pattern);
   };
-  rs->shortDate = picture(icu::DateFormat::kShort, icu::DateFormat::kNone);
+  // The platform's short date is the locale's numeric year-month-day form (CLDR's "yMd"),
+  // not CLDR's short style, which often has a two-digit year.
+  status = U_ZERO_ERROR;
+  std::unique_ptr<icu::DateTimePatternGenerator> generator(
+      icu::DateTimePatternGenerator::createInstance(gregorian, status));
+  if (U_SUCCESS(status)) {
+    rs->shortDate = toWindowsPicture(generator->getBestPattern(u"yMd", status));
+  }
+  if (U_FAILURE(status) || rs->shortDate.empty()) {
+    rs->shortDate = picture(icu::DateFormat::kShort, icu::DateFormat::kNone);
+  }
   rs->longDate = picture(icu::DateFormat::kFull, icu::DateFormat::kNone);
   rs->timeFormat = picture(icu::DateFormat::kNone, icu::DateFormat::kMedium);
   if (std::string_view(loc.getLanguage()) == "de") {
@@ -225,13 +215,18 @@ std::shared_ptr<const RegionalSettings> build(const std::string& name) {
   }
   for (const auto& o : kOverrides) {
     if (o.locale == rs->localeName) {
-      rs->shortDate = o.shortDate;
-      rs->longDate = o.longDate;
-      rs->timeFormat = o.timeFormat;
+      if (!o.shortDate.empty()) rs->shortDate = o.shortDate;
+      if (!o.longDate.empty()) rs->longDate = o.longDate;
+      if (!o.timeFormat.empty()) rs->timeFormat = o.timeFormat;
     }
   }
-  rs->ansiCodePage = ansiCodePageFor(loc.getLanguage(), loc.getCountry());
-  rs->oemCodePage = oemCodePageFor(rs->ansiCodePage, loc.getLanguage(), loc.getCountry());
+  const posix::WindowsCodePages pages = posix::windowsCodePages(rs->lcid);
+  rs->ansiCodePage = pages.ansi;
+  rs->oemCodePage = pages.oem;
+  // CLDR has no list separator. Where the platform's table has none either, the platform's
+  // habit is to separate lists with ";" wherever "," is the decimal separator.
+  rs->listSeparator = posix::windowsListSeparator(rs->lcid);
+  if (rs->listSeparator.empty()) rs->listSeparator = rs->decimalSeparator == u"," ? u";" : u",";
   return rs;
 }
 
