@@ -62,6 +62,12 @@ String UCase(std::u16string_view s) {
   return mapCodePoints(s, [](UChar32 c) { return u_toupper(c); });
 }
 
+char16_t upperUnit(char16_t c) noexcept {
+  if (c < 0x80) return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
+  if (c >= 0xD800 && c <= 0xDFFF) return c;
+  return static_cast<char16_t>(u_toupper(c));
+}
+
 String LCase(std::u16string_view s) {
   return mapCodePoints(s, [](UChar32 c) { return u_tolower(c); });
 }

@@ -19,6 +19,9 @@ std::u16string_view trimView(std::u16string_view s) noexcept;
 // Simple one-to-one case mapping of each code point (length preserved; no locale tailoring,
 // no expansions such as sharp s to "SS"), which is what the platform's upper-casing does.
 String UCase(std::u16string_view s);
+// The same mapping of one code unit, for comparing names without copying them; a surrogate is
+// its own upper case.
+char16_t upperUnit(char16_t c) noexcept;
 String LCase(std::u16string_view s);
 
 // 1-based position of find in s from start (1-based), 0 when absent. An empty find gives start

@@ -8,37 +8,10 @@
 #include <cerrno>
 #include <cstring>
 
+#include "platform/posix/windows_errors.hpp"
+
 namespace orvo::platform {
 
-namespace {
-
-std::uint32_t windowsError(int error) {
-  switch (error) {
-    case ENOENT:
-      return kErrorFileNotFound;
-    case ENOTDIR:
-    case ENAMETOOLONG:
-    case ELOOP:
-      return kErrorPathNotFound;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-    case EISDIR:
-      return kErrorAccessDenied;
-    case EEXIST:
-      return kErrorFileExists;
-    case ENOSPC:
-    case EDQUOT:
-      return kErrorDiskFull;
-    case ETXTBSY:
-    case EBUSY:
-      return kErrorSharingViolation;
-    default:
-      return 31;  // ERROR_GEN_FAILURE: a device attached to the system is not functioning
-  }
-}
-
-}  // namespace
 
 std::string nativePath(std::u16string_view path) {
   std::string out = toUtf8(path);

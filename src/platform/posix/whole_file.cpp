@@ -1,0 +1,167 @@
+#include "platform/whole_file.hpp"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <ctime>
+#include <filesystem>
+
+#include "platform/posix/windows_errors.hpp"
+
+namespace orvo::platform {
+
+namespace {
+
+FileVersion versionOf(const struct stat& st) {
+  return {static_cast<std::uint64_t>(st.st_dev), static_cast<std::uint64_t>(st.st_ino),
+          static_cast<std::int64_t>(st.st_size),
+          static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec,
+          static_cast<std::int64_t>(st.st_ctim.tv_sec) * 1000000000 + st.st_ctim.tv_nsec};
+}
+
+std::string directoryOf(const std::string& path) {
+  const auto slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  if (slash == 0) return "/";
+  return path.substr(0, slash);
+}
+
+// A missing directory on the way is "path not found", as the platform tells it apart from a
+// missing file.
+std::uint32_t openError(const std::string& path, int error) {
+  if (error == ENOENT) {
+    struct stat st {};
+    if (::stat(directoryOf(path).c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+      return kErrorPathNotFound;
+    }
+  }
+  return windowsError(error);
+}
+
+bool writeAll(int fd, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t n = ::write(fd, bytes.data(), bytes.size());
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    bytes.remove_prefix(static_cast<std::size_t>(n));
+  }
+  return true;
+}
+
+}  // namespace
+
+std::optional<FileVersion> fileVersion(const std::string& nativePath) {
+  struct stat st {};
+  if (::stat(nativePath.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
+  return versionOf(st);
+}
+
+bool isRecent(const FileVersion& version) {
+  // File times come from the kernel's coarse clock, which advances once per scheduler tick
+  // (at most 10 ms); a margin of ten ticks covers a clock stepped back a little as well.
+  constexpr std::int64_t kMarginNs = 100'000'000;
+  timespec now{};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  const std::int64_t nowNs = static_cast<std::int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec;
+  return nowNs - version.modifiedNs < kMarginNs || nowNs - version.changedNs < kMarginNs;
+}
+
+std::optional<std::string> readWholeFile(const std::string& nativePath, FileVersion* version,
+                                         std::uint32_t& error) {
+  const int fd = ::open(nativePath.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) {
+    error = openError(nativePath, errno);
+    return std::nullopt;
+  }
+  struct stat st {};
+  if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    error = kErrorAccessDenied;
+    ::close(fd);
+    return std::nullopt;
+  }
+  std::string bytes(static_cast<std::size_t>(st.st_size), '\0');
+  std::size_t filled = 0;
+  for (;;) {
+    if (filled == bytes.size()) bytes.resize(bytes.size() + 4096);  // grown since the stat
+    const ssize_t n = ::read(fd, bytes.data() + filled, bytes.size() - filled);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      error = windowsError(errno);
+      ::close(fd);
+      return std::nullopt;
+    }
+    if (n == 0) break;
+    filled += static_cast<std::size_t>(n);
+  }
+  bytes.resize(filled);
+  ::close(fd);
+  if (version != nullptr) *version = versionOf(st);
+  return bytes;
+}
+
+std::string writeTarget(const std::string& nativePath) {
+  std::error_code ec;
+  std::filesystem::path path = nativePath;
+  // Follow a chain of links by hand: a link to a file that does not exist yet is written
+  // through as well, where canonical() would fail.
+  for (int hops = 0; hops < 40 && std::filesystem::is_symlink(path, ec); ++hops) {
+    const auto target = std::filesystem::read_symlink(path, ec);
+    if (ec) break;
+    path = target.is_absolute() ? target : path.parent_path() / target;
+  }
+  return path.string();
+}
+
+WriterLock::~WriterLock() {
+  if (fd_ >= 0) ::close(fd_);  // closing releases the lock
+}
+
+bool WriterLock::acquire(const std::string& fileNativePath, std::uint32_t& error) {
+  const std::string dir = directoryOf(fileNativePath);
+  fd_ = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd_ < 0) {
+    error = errno == ENOENT || errno == ENOTDIR ? kErrorPathNotFound : windowsError(errno);
+    return false;
+  }
+  while (::flock(fd_, LOCK_EX) != 0) {
+    if (errno == EINTR) continue;
+    // Some network file systems refuse locks; writers then go unserialised, as they would
+    // with the platform's own functions.
+    break;
+  }
+  return true;
+}
+
+std::optional<FileVersion> replaceWholeFile(const std::string& nativePath, std::string_view bytes,
+                                            std::uint32_t& error) {
+  const std::string dir = directoryOf(nativePath);
+  const std::string name =
+      nativePath.substr(nativePath.rfind('/') == std::string::npos ? 0 : nativePath.rfind('/') + 1);
+  const std::string temporary = dir + "/." + name + ".orvo-new";
+  struct stat old {};
+  const bool existed = ::stat(nativePath.c_str(), &old) == 0;
+  const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (fd < 0) {
+    error = openError(temporary, errno);
+    return std::nullopt;
+  }
+  struct stat st {};
+  const bool written = (!existed || ::fchmod(fd, old.st_mode & 07777) == 0) &&
+                       writeAll(fd, bytes) && ::fstat(fd, &st) == 0;
+  const int writeErrno = errno;
+  if (::close(fd) != 0 || !written || ::rename(temporary.c_str(), nativePath.c_str()) != 0) {
+    error = windowsError(written ? errno : writeErrno);
+    ::unlink(temporary.c_str());
+    return std::nullopt;
+  }
+  // Renaming stamps the inode's change time again.
+  if (::stat(nativePath.c_str(), &st) != 0) return FileVersion{};
+  return versionOf(st);
+}
+
+}  // namespace orvo::platform
