@@ -25,9 +25,14 @@ struct FileVersion {
 // The stamp of the file a path names (links followed); nullopt when there is none.
 std::optional<FileVersion> fileVersion(const std::string& nativePath);
 
-// Whether the file changed so recently that another change within the same clock tick could
-// leave its stamp unchanged: such a file's bytes are compared, not trusted by stamp.
-bool isRecent(const FileVersion& version);
+// The clock that file stamps are taken from, in nanoseconds.
+std::int64_t stampClockNs();
+
+// Whether equal stamps prove equal content for a file whose bytes were read (or compared) at
+// readAtNs. A change within the same tick of the file system's coarse clock as the read can
+// keep every part of the stamp; once a read lies a whole tick after the file's last change,
+// any later change must move its times on.
+bool stampIsConclusive(const FileVersion& version, std::int64_t readAtNs);
 
 // The whole file, with the stamp of what was read; error is a Windows error number
 // (2 missing, 3 no such directory, 5 denied) when nullopt.

@@ -126,6 +126,8 @@ String upper(std::u16string_view s) {
 class Document {
  public:
   Document(std::string raw, std::uint32_t ansiCodePage) : raw_(std::move(raw)), acp_(ansiCodePage) {
+    dependsOnCodePage_ =
+        std::any_of(raw_.begin(), raw_.end(), [](char c) { return (c & 0x80) != 0; });
     const auto* b = reinterpret_cast<const unsigned char*>(raw_.data());
     if (raw_.size() >= 2 && b[0] == 0xFF && b[1] == 0xFE) {
       encoding_ = Encoding::Utf16Le;
@@ -137,13 +139,13 @@ class Document {
       encoding_ = Encoding::Utf8;
       bom_ = 3;
     }
-    if (encoding_ == Encoding::Ansi && isDoubleByte(acp_) &&
-        std::any_of(raw_.begin(), raw_.end(), [](char c) { return (c & 0x80) != 0; })) {
+    if (encoding_ == Encoding::Ansi && isDoubleByte(acp_) && dependsOnCodePage_) {
       // A trail byte of a double-byte page can be "[", "]" or "\\": such a file is read as the
       // platform reads it, converted first. Its line ends are single bytes all the same.
       decodeByLines();
       return;
     }
+    if (encoding_ != Encoding::Ansi) dependsOnCodePage_ = false;
     if (wide()) {
       // Code units in host order; an odd last byte is no character.
       units_.resize((raw_.size() - bom_) / 2);
@@ -158,6 +160,8 @@ class Document {
 
   [[nodiscard]] const std::string& raw() const noexcept { return raw_; }
   [[nodiscard]] std::uint32_t ansiCodePage() const noexcept { return acp_; }
+  // Whether the text depends on the ANSI code page: an 8-bit file with bytes beyond ASCII.
+  [[nodiscard]] bool dependsOnCodePage() const noexcept { return dependsOnCodePage_; }
   [[nodiscard]] bool wide() const noexcept {
     return encoding_ == Encoding::Utf16Le || encoding_ == Encoding::Utf16Be;
   }
@@ -380,6 +384,7 @@ class Document {
   Encoding encoding_ = Encoding::Ansi;
   std::size_t bom_ = 0;
   bool byLines_ = false;
+  bool dependsOnCodePage_ = false;
   std::u16string units_;  // the converted text, when decoded()
   std::vector<Line> lines_;
   std::vector<Section> sections_;
@@ -389,6 +394,7 @@ class Document {
 struct CacheEntry {
   platform::FileVersion version;
   std::shared_ptr<const Document> document;
+  std::int64_t readAtNs = 0;  // when the document's bytes were last known to be the file's
 };
 
 std::mutex& cacheMutex() {
@@ -408,35 +414,44 @@ std::shared_ptr<const Document> cached(const std::string& path) {
 }
 
 void remember(const std::string& path, const platform::FileVersion& version,
-              std::shared_ptr<const Document> document) {
+              std::shared_ptr<const Document> document, std::int64_t readAtNs) {
   const std::lock_guard lock(cacheMutex());
   if (cache().size() >= kCacheLimit && cache().count(path) == 0) cache().clear();
-  cache()[path] = {version, std::move(document)};
+  cache()[path] = {version, std::move(document), readAtNs};
 }
 
-// The parsed file, from the cache while its stamp is unchanged; null when it cannot be read.
-std::shared_ptr<const Document> load(const std::string& path, std::uint32_t acp) {
+// Whether a document read in one ANSI code page reads the same in the current one.
+bool stillValid(const Document& document) {
+  return !document.dependsOnCodePage() || document.ansiCodePage() == platform::systemAnsiCodePage();
+}
+
+// The parsed file, from the cache while its stamp is unchanged (one stat per call, so that a
+// change by another process is seen by the next call); null when it cannot be read.
+std::shared_ptr<const Document> load(const std::string& path) {
   const auto version = platform::fileVersion(path);
   if (!version) return nullptr;
   std::shared_ptr<const Document> known;
   {
     const std::lock_guard lock(cacheMutex());
     const auto it = cache().find(path);
-    if (it != cache().end() && it->second.document->ansiCodePage() == acp) {
-      if (it->second.version == *version && !platform::isRecent(*version)) {
+    if (it != cache().end() && stillValid(*it->second.document)) {
+      if (it->second.version == *version &&
+          platform::stampIsConclusive(*version, it->second.readAtNs)) {
         return it->second.document;
       }
       known = it->second.document;
     }
   }
+  const std::int64_t readAt = platform::stampClockNs();
   platform::FileVersion read{};
   std::uint32_t error = 0;
   auto bytes = platform::readWholeFile(path, &read, error);
   if (!bytes) return nullptr;
-  auto document = known != nullptr && known->raw() == *bytes
-                      ? known
-                      : std::make_shared<const Document>(std::move(*bytes), acp);
-  remember(path, read, document);
+  auto document =
+      known != nullptr && known->raw() == *bytes
+          ? known
+          : std::make_shared<const Document>(std::move(*bytes), platform::systemAnsiCodePage());
+  remember(path, read, document, readAt);
   return document;
 }
 
@@ -480,7 +495,7 @@ String GetPrivateProfileString(const String& section, const String& key, const S
   String fallback = throughAnsi(defaultText, form);
   while (!fallback.empty() && isBlank(fallback.back())) fallback.pop_back();
   if (file.empty()) return cut(fallback);
-  const auto document = load(platform::nativePath(file), platform::systemAnsiCodePage());
+  const auto document = load(platform::nativePath(file));
   if (document == nullptr) return cut(fallback);
   const auto s = document->findSection(upper(trimBlanks(throughAnsi(section, form))));
   if (s < 0) return cut(fallback);
@@ -519,7 +534,7 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
     bytes.emplace();
   }
   const auto known = cached(path);
-  const auto document = known != nullptr && known->ansiCodePage() == acp && known->raw() == *bytes
+  const auto document = known != nullptr && stillValid(*known) && known->raw() == *bytes
                             ? known
                             : std::make_shared<const Document>(std::move(*bytes), acp);
   const std::string& raw = document->raw();
@@ -575,9 +590,10 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
            document->encode(prefix + u"[" + sectionName + u"]" + crlf + keyName + u"=" + newValue +
                             crlf));
   }
+  const std::int64_t writtenAt = platform::stampClockNs();
   const auto version = platform::replaceWholeFile(path, updated, error);
   if (!version) return fail(error);
-  remember(path, *version, std::make_shared<const Document>(std::move(updated), acp));
+  remember(path, *version, std::make_shared<const Document>(std::move(updated), acp), writtenAt);
   return true;
 }
 

@@ -12,7 +12,6 @@
 
 namespace orvo::platform {
 
-
 std::string nativePath(std::u16string_view path) {
   std::string out = toUtf8(path);
   std::replace(out.begin(), out.end(), '\\', '/');

@@ -460,7 +460,18 @@ std::uint32_t lcidForLocaleName(std::string_view localeName) {
   return 0x0409;
 }
 
-std::uint32_t systemDefaultLCID() { return lcidForLocaleName(userLocaleName("LC_CTYPE")); }
+std::uint32_t systemDefaultLCID() {
+  // Asked for by every conversion in the system's code page: ICU's canonicalisation runs only
+  // when the environment names another locale.
+  thread_local std::string lastName;
+  thread_local std::uint32_t lastLcid = 0;
+  std::string name = userLocaleName("LC_CTYPE");
+  if (lastLcid == 0 || name != lastName) {
+    lastLcid = lcidForLocaleName(name);
+    lastName = std::move(name);
+  }
+  return lastLcid;
+}
 
 std::uint32_t userDefaultLCID() { return userRegionalSettings()->lcid; }
 

@@ -61,14 +61,17 @@ std::optional<FileVersion> fileVersion(const std::string& nativePath) {
   return versionOf(st);
 }
 
-bool isRecent(const FileVersion& version) {
-  // File times come from the kernel's coarse clock, which advances once per scheduler tick
-  // (at most 10 ms); a margin of ten ticks covers a clock stepped back a little as well.
-  constexpr std::int64_t kMarginNs = 100'000'000;
+std::int64_t stampClockNs() {
   timespec now{};
   ::clock_gettime(CLOCK_REALTIME, &now);
-  const std::int64_t nowNs = static_cast<std::int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec;
-  return nowNs - version.modifiedNs < kMarginNs || nowNs - version.changedNs < kMarginNs;
+  return static_cast<std::int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec;
+}
+
+bool stampIsConclusive(const FileVersion& version, std::int64_t readAtNs) {
+  // File times come from the kernel's coarse clock, which advances once per scheduler tick
+  // (10 ms at the slowest common rate); twice that leaves room for the two clocks' skew.
+  constexpr std::int64_t kTickNs = 20'000'000;
+  return readAtNs - version.modifiedNs > kTickNs && readAtNs - version.changedNs > kTickNs;
 }
 
 std::optional<std::string> readWholeFile(const std::string& nativePath, FileVersion* version,
