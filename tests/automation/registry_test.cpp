@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <filesystem>
 #include <set>
 #include <string>
 
 #include "automation/coerce.hpp"
+#include "files/encoding.hpp"
+#include "frame/state.hpp"
 #include "orvogeneric/automation.hpp"
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/error.hpp"
@@ -27,7 +31,35 @@ Variant sample(std::string_view type) {
   return Variant(std::int32_t{1});  // enumerations
 }
 
+// The samples name files relative to the working directory ("a"), and members write, copy and
+// back up such files and change process-wide settings: the test runs in a scratch directory and
+// leaves the process as it found it.
+class ScratchProcess {
+ public:
+  ScratchProcess() {
+    std::string pattern =
+        (std::filesystem::temp_directory_path() / "orvo_registry_XXXXXX").string();
+    EXPECT_NE(::mkdtemp(pattern.data()), nullptr);
+    dir_ = pattern;
+    previous_ = std::filesystem::current_path();
+    std::filesystem::current_path(dir_);
+  }
+  ~ScratchProcess() {
+    std::filesystem::current_path(previous_);
+    std::filesystem::remove_all(dir_);
+    frame::StaticGlobals::instance().resetForTesting();
+    files::setWriteUnicodeBOM(true);
+  }
+  ScratchProcess(const ScratchProcess&) = delete;
+  ScratchProcess& operator=(const ScratchProcess&) = delete;
+
+ private:
+  std::filesystem::path dir_;
+  std::filesystem::path previous_;
+};
+
 TEST(RegistryTest, EveryRegisteredMemberInvokes) {
+  const ScratchProcess scratch;
   int invoked = 0;
   int succeeded = 0;
   for (const auto& cls : classes()) {
