@@ -50,6 +50,10 @@ class ORVO_API UserInterface {
   virtual MsgBoxResult messageBox(std::u16string_view text, std::u16string_view caption,
                                   std::int32_t style) = 0;
   virtual void beep() = 0;
+  // Turns on file-path completion for an edit control (SHAutoComplete with these flags) and
+  // returns the platform's result code, negative on failure. Without a desktop there is no edit
+  // control to complete: the default does nothing and succeeds.
+  virtual std::int32_t autoCompleteFilePaths(std::int32_t hwnd, std::int32_t flags);
 };
 
 // Installs the user interface for the whole process and returns the previous one; an empty

@@ -1,4 +1,5 @@
 #include "files/encoding.hpp"
+#include "files/fileutils.hpp"
 #include "files/textfiles.hpp"
 #include "files/textio.hpp"
 #include "frame/state.hpp"
@@ -110,5 +111,49 @@ void FileSubs::PrintB(const String& sString, const String& FilePath, std::int32_
                       VBool PutByte, VBool AppendNewLine) {
   files::PrintB(sString, FilePath, CodePage, PutByte, AppendNewLine);
 }
+
+std::int32_t FileSubs::GetAttributes(const String& Path, VBool DisplayMsg) {
+  return files::GetAttributes(Path, DisplayMsg);
+}
+VBool FileSubs::FileExists(const String& FileName, VBool ShowMsg) {
+  return files::FileExists(FileName, ShowMsg);
+}
+VBool FileSubs::DirExists(const String& DirPath) { return files::DirExists(DirPath); }
+VBool FileSubs::PathExists(const String& TestPath, String& ExistingDirPath) {
+  return files::PathExists(TestPath, ExistingDirPath);
+}
+String FileSubs::PathWithoutBackslash(const String& TestPath, VBool AlwaysRemove) {
+  return files::PathWithoutBackslash(TestPath, AlwaysRemove);
+}
+VBool FileSubs::FileReadOnly(const String& File) { return files::FileReadOnly(File); }
+String FileSubs::FileShortName(const String& LongFileName) {
+  return files::FileShortName(LongFileName);
+}
+void FileSubs::SafeKill(const String& File) { files::SafeKill(File); }
+VBool FileSubs::bFileCopy(const String& FileFrom, const String& FileTo, VBool Overwrite) {
+  return files::bFileCopy(FileFrom, FileTo, Overwrite);
+}
+String FileSubs::FileBackup(const String& FileName, const String& NamePostfix,
+                            const String& ExtPrefix) {
+  return files::FileBackup(FileName, NamePostfix, ExtPrefix);
+}
+String FileSubs::TempDir() { return files::TempDir(); }
+String FileSubs::WinDir() { return files::WinDir(); }
+void FileSubs::OpenDocument(const String& Document, std::int32_t hwnd, VBool& Success,
+                            String& Error) {
+  files::OpenDocument(Document, hwnd, Success, Error);
+}
+String FileSubs::ExpandInstallDir(const String& Path, const String& InstallDir) {
+  return files::ExpandInstallDir(Path, InstallDir);
+}
+String FileSubs::gsINSTALL_DIR() { return String(files::gsINSTALL_DIR); }
+VBool FileSubs::IsEqualFile(const String& Path1, const String& Path2) {
+  return files::IsEqualFile(Path1, Path2);
+}
+void FileSubs::ListFiles(const String& StartDir, SafeArray& Files, std::int32_t& NumFiles,
+                         VBool Recurse, const String& FileFilter) {
+  files::ListFiles(StartDir, Files, NumFiles, Recurse, FileFilter);
+}
+void FileSubs::AutocompleteFilePaths(std::int32_t hwnd) { files::AutocompleteFilePaths(hwnd); }
 
 }  // namespace orvo

@@ -4,6 +4,7 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "files/fileutils.hpp"
 #include "frame/state.hpp"
 #include "frame/trace.hpp"
 #include "frame/traps.hpp"
@@ -206,8 +207,7 @@ enumFileEncoding encodingOfSample(std::string_view sample, std::int64_t fileLeng
 }
 
 enumFileEncoding TextFileEncoding(const String& FileName, std::int32_t NumBytes) {
-  const auto attributes = platform::fileAttributes(FileName);
-  if (!attributes || (*attributes & platform::kAttributeDirectory) != 0) return encANSI;
+  if (!isTrue(FileExists(FileName))) return encANSI;
   EncodingCache& known = cache();
   if (known.contains(FileName)) return known.get(FileName).value_or(encANSI);
   const auto length = platform::fileSize(FileName);

@@ -4,6 +4,7 @@
 
 #include "files/HugeTextFile.hpp"
 #include "files/encoding.hpp"
+#include "files/fileutils.hpp"
 #include "files/textio.hpp"
 #include "frame/state.hpp"
 #include "frame/trace.hpp"
@@ -20,11 +21,6 @@ namespace {
 
 constexpr std::int64_t kTwoGigabytes = 2147483647;
 
-bool fileExists(const String& path) {
-  const auto attributes = platform::fileAttributes(runtime::Trim(path));
-  return attributes && (*attributes & platform::kAttributeDirectory) == 0;
-}
-
 void replaceNulls(String& text) { std::replace(text.begin(), text.end(), u'\0', u' '); }
 
 }  // namespace
@@ -39,7 +35,7 @@ void LongsToCurrency(std::int32_t LongLow, std::int32_t LongHigh, Currency& valu
 Currency LOFSafe(const String& FileName, VBool* HugeFile, std::int32_t FileHandle) {
   return frame::trap(u"LOFSafe", [&] {
     if (HugeFile != nullptr) *HugeFile = VBool::False;
-    if (!fileExists(FileName)) return Currency{};
+    if (!isTrue(FileExists(FileName))) return Currency{};
     std::int64_t length = 0;
     if (FileHandle < 0) {
       const auto size = platform::fileSize(FileName);
@@ -64,7 +60,7 @@ String ReadTextFileToStringB(const String& FileName, std::int32_t* CodePage, VBo
                              Variant* ByteArray) {
   return frame::trap(u"ReadTextFileToStringB", [&]() -> String {
     if (ByteArray != nullptr) *ByteArray = Variant(SafeArray(VarType::Byte));
-    if (!fileExists(FileName)) runtime::raise(runtime::errFileNotFound);
+    if (!isTrue(FileExists(FileName))) runtime::raise(runtime::errFileNotFound);
     const Currency length = LOFSafe(FileName);
     if (length.scaled > kTwoGigabytes * Currency::scale) {
       throw Error(kErrorFileTooLarge,
@@ -116,7 +112,7 @@ std::int64_t fileLineCount64(const String& FilePath) {
 
 std::int32_t FileLineCount(const String& FilePath, VBool* FileExists) {
   return frame::trap(u"FileLineCount", [&]() -> std::int32_t {
-    const bool exists = fileExists(FilePath);
+    const bool exists = isTrue(files::FileExists(FilePath));
     if (FileExists != nullptr) *FileExists = toVBool(exists);
     if (!exists) return 0;
     const std::int64_t count = fileLineCount64(FilePath);
@@ -130,7 +126,7 @@ void ReadTextFileToArrayB(const String& FileName, SafeArray& FileLines,
                           std::int32_t* EndLine, std::int32_t* CodePage, VBool IgnoreBlankLines,
                           VBool ReplaceNull) {
   frame::trap(u"ReadTextFileToArrayB", [&] {
-    if (!fileExists(FileName)) {
+    if (!isTrue(FileExists(FileName))) {
       throw Error(runtime::errFileNotFound, u"File not found\r\n'" + FileName + u"'");
     }
     std::int32_t start = StartLine != nullptr ? *StartLine : 0;
@@ -198,12 +194,6 @@ void TextToLines(String& text, SafeArray& Lines, std::int32_t* NumLines, VBool I
 
 namespace {
 
-// Deletes a file whatever happens, and forgets its remembered encoding.
-void killFile(const String& path) {
-  platform::deleteFile(path);
-  ClearTextFileEncoding(Variant(path));
-}
-
 bool writeBytes(platform::File& file, std::string_view bytes) {
   return file.writeAll(
       std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
@@ -212,21 +202,21 @@ bool writeBytes(platform::File& file, std::string_view bytes) {
 }  // namespace
 
 bool OpenForInputB(const String& path, platform::File& file, enumFileEncoding& encoding) {
-  if (!fileExists(path)) return false;
+  if (!isTrue(FileExists(path))) return false;
   encoding = TextFileEncoding(path, kDefaultSampleBytes);
   if (!file.open(path, true, false, platform::Disposition::OpenExisting, true)) return false;
   return file.seek(DefaultBOMSize(encoding), SEEK_SET);
 }
 
 bool OpenForOutputB(const String& path, platform::File& file, enumFileEncoding encoding) {
-  killFile(path);
+  SafeKill(path);
   if (!file.open(path, false, true, platform::Disposition::CreateAlways, false)) return false;
   return writeBytes(file, bomBytes(encoding));
 }
 
 bool OpenForAppendB(const String& path, platform::File& file, enumFileEncoding& encoding,
                     bool create) {
-  if (!fileExists(path)) {
+  if (!isTrue(FileExists(path))) {
     if (!create) {
       frame::LibraryTrace(u"OpenForAppendB: file does not exist: " + path);
       return false;
@@ -246,7 +236,7 @@ bool OpenForAppendB(const String& path, platform::File& file, enumFileEncoding& 
 
 Variant ReadFileToByteArray(const String& FilePath, enumFileEncoding* FileEncoding) {
   return frame::trap(u"ReadFileToByteArray", [&]() -> Variant {
-    if (!fileExists(FilePath)) runtime::raise(runtime::errFileNotFound);
+    if (!isTrue(FileExists(FilePath))) runtime::raise(runtime::errFileNotFound);
     if (LOFSafe(FilePath).scaled > kTwoGigabytes * Currency::scale) {
       throw Error(kErrorFileTooLarge,
                   u"File is too large (>2GB)\r\nFileName = '" + FilePath + u"'");
@@ -269,7 +259,7 @@ void WriteStringToTextFileB(const String& CharString, const String& File, std::i
     platform::File file;
     if (!nonZero(PutByte)) {
       // Text output: the system's ANSI code page, nothing added.
-      killFile(File);
+      SafeKill(File);
       if (!file.open(File, false, true, platform::Disposition::CreateAlways, false)) {
         runtime::raise(runtime::errPathNotFound);
       }

@@ -53,6 +53,16 @@ void StaticGlobals::setLocaleListsBuilt() {
   localeListsBuilt_ = true;
 }
 
+bool StaticGlobals::initialiseParentApp(String path, String exeName, String title) {
+  const std::lock_guard lock(mutex_);
+  if (parentAppInitialised_) return false;
+  parentAppPath_ = std::move(path);
+  parentAppEXEName_ = std::move(exeName);
+  parentAppTitle_ = std::move(title);
+  parentAppInitialised_ = true;
+  return true;
+}
+
 void StaticGlobals::resetForTesting() {
   const std::lock_guard lock(mutex_);
   parentAppPath_.clear();

@@ -37,6 +37,9 @@ class StaticGlobals {
   void setParentAppTitle(String v);
   bool parentAppInitialised() const;
   void setParentAppInitialised();
+  // Stores the three parent-application fields and marks them initialised in one step, unless
+  // they already are: the first initialisation wins. Returns whether this call stored them.
+  bool initialiseParentApp(String path, String exeName, String title);
   String appINIFileOverride() const;
   void setAppINIFileOverride(String v);
 

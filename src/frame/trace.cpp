@@ -1,12 +1,12 @@
 #include "frame/trace.hpp"
 
-#include <dlfcn.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <mutex>
 #include <string>
 
+#include "frame/library_info.hpp"
 #include "frame/state.hpp"
 
 namespace orvo::frame {
@@ -19,21 +19,6 @@ TraceSink& sinkSlot() {
   return sink;
 }
 
-// The module is whatever file holds this code: "libORVOGeneric.so.0" gives "ORVOGeneric", a
-// test executable that links the code statically gives its own name.
-String computeModuleName() {
-  Dl_info info{};
-  std::string name = "ORVOGeneric";
-  if (dladdr(reinterpret_cast<void*>(&computeModuleName), &info) != 0 &&
-      info.dli_fname != nullptr && *info.dli_fname != '\0') {
-    name = info.dli_fname;
-    if (const auto slash = name.rfind('/'); slash != std::string::npos) name.erase(0, slash + 1);
-    if (name.rfind("lib", 0) == 0 && name.find(".so") != std::string::npos) name.erase(0, 3);
-    if (const auto dot = name.find('.'); dot != std::string::npos && dot > 0) name.erase(dot);
-  }
-  return fromUtf8(name);
-}
-
 }  // namespace
 
 TraceSink setTraceSink(TraceSink sink) {
@@ -43,7 +28,7 @@ TraceSink setTraceSink(TraceSink sink) {
 }
 
 String tracePrefix() {
-  static const String moduleName = computeModuleName();
+  static const String moduleName = libraryInfo().moduleName;
   const auto tid = static_cast<long>(syscall(SYS_gettid));
   String field = moduleName + u" " + fromUtf8(std::to_string(tid));
   field.resize(25, u' ');

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "orvogeneric/types.hpp"
 
@@ -79,7 +80,49 @@ class File {
 // Reads up to count bytes from the start of the file; nullopt when it cannot be opened or read.
 std::optional<std::string> readFilePrefix(std::u16string_view path, std::size_t count);
 
-// Deletes a file; false when it could not be.
+// Deletes a file; false when it could not be. A read-only file is refused, as the platform
+// refuses it, even where the directory would allow the unlink.
 bool deleteFile(std::u16string_view path);
+
+// The platform's directory test: true for an existing directory (a link to one included).
+bool isDirectory(std::u16string_view path);
+
+// Copies a file's bytes, permissions and modification time, as CopyFile does. With
+// failIfExists an existing target is refused (80); a read-only or directory target is refused
+// with 5 whatever the flag; a partly written target is removed. error receives the Windows
+// error number on failure.
+bool copyFile(std::u16string_view from, std::u16string_view to, bool failIfExists,
+              std::uint32_t* error = nullptr);
+
+// The canonical absolute form of an existing path (links resolved); nullopt when it does not
+// exist.
+std::optional<String> canonicalPath(std::u16string_view path);
+
+// What identifies a file whatever the path it is reached by: volume and index, as the platform
+// keeps them.
+struct FileId {
+  std::uint64_t volume = 0;
+  std::uint64_t index = 0;
+  friend bool operator==(const FileId&, const FileId&) = default;
+};
+std::optional<FileId> fileId(std::u16string_view path);
+
+// One entry of a directory listing; "." and ".." are never listed.
+struct DirectoryEntry {
+  String name;
+  bool directory = false;
+};
+
+// The entries of a directory whose names match a Windows wildcard pattern ("*.*", "*.txt",
+// "a?c"), in the order the platform's directory enumeration gives them: names compared
+// case-insensitively, code unit by code unit, as the Windows file system keeps its
+// directories. nullopt when the directory cannot be listed.
+std::optional<std::vector<DirectoryEntry>> listDirectory(std::u16string_view directory,
+                                                         std::u16string_view pattern);
+
+// The Windows wildcard test of FindFirstFile for one name: "*" and "?" as the platform's
+// directory search interprets them (a "*" before a dot stops at the name's last dot, a "?" or
+// "." before the end also matches nothing, "*.*" is "*"), case-insensitive.
+bool matchesWildcard(std::u16string_view name, std::u16string_view pattern);
 
 }  // namespace orvo::platform

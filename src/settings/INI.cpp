@@ -1,5 +1,7 @@
+#include "frame/parent_app.hpp"
 #include "frame/state.hpp"
 #include "orvogeneric/classes.hpp"
+#include "runtime/strings.hpp"
 
 namespace orvo {
 
@@ -15,5 +17,11 @@ void INI::SuppressORVOGenericLogging(VBool bSuppress) {
   // Any non-zero value suppresses: the flag is the language's own Boolean test.
   frame::SetLoggingSuppressed(nonZero(bSuppress));
 }
+
+void INI::InitialiseAppProperties(const String& AppPath, const String& AppEXEName) {
+  frame::InitialiseParentAppProperties(runtime::Trim(AppPath), AppEXEName);
+}
+
+void INI::SetAppTitle(const String& AppTitle) { frame::SetAppTitle(AppTitle); }
 
 }  // namespace orvo

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -46,7 +47,7 @@ class ScratchDirectory {
   ~ScratchDirectory() {
     std::filesystem::current_path(previous_);
     std::filesystem::remove_all(dir_);
-    frame::StaticGlobals::instance().setEol(u"\r\n");
+    frame::StaticGlobals::instance().resetForTesting();
     files::setWriteUnicodeBOM(true);
   }
   ScratchDirectory(const ScratchDirectory&) = delete;

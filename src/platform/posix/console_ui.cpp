@@ -8,6 +8,10 @@ namespace orvo {
 
 UserInterface::~UserInterface() = default;
 
+std::int32_t UserInterface::autoCompleteFilePaths(std::int32_t /*hwnd*/, std::int32_t /*flags*/) {
+  return 0;
+}
+
 namespace {
 
 // Without a desktop nobody can press a button: the box is written to stderr and the default

@@ -1,13 +1,17 @@
 #include "platform/file.hpp"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <vector>
 
+#include "platform/name_order.hpp"
 #include "platform/posix/windows_errors.hpp"
 
 namespace orvo::platform {
@@ -189,8 +193,159 @@ std::optional<std::string> readFilePrefix(std::u16string_view path, std::size_t 
 }
 
 bool deleteFile(std::u16string_view path) {
+  if (path.empty()) return false;
+  const auto attributes = fileAttributes(path);
+  if (attributes && (*attributes & kAttributeReadOnly) != 0) return false;
   const std::string native = nativePath(path);
-  return !path.empty() && ::unlink(native.c_str()) == 0;
+  return ::unlink(native.c_str()) == 0;
+}
+
+bool isDirectory(std::u16string_view path) {
+  const auto attributes = fileAttributes(path);
+  return attributes && (*attributes & kAttributeDirectory) != 0;
+}
+
+namespace {
+
+// Why a path cannot be opened, told apart as the platform tells them: a missing file (2) from
+// a missing directory on the way (3).
+std::uint32_t missingError(const std::string& native) {
+  const auto slash = native.find_last_of('/');
+  if (slash == std::string::npos || slash == 0) return kErrorFileNotFound;
+  struct stat parent {};
+  if (::stat(native.substr(0, slash).c_str(), &parent) != 0 || !S_ISDIR(parent.st_mode)) {
+    return kErrorPathNotFound;
+  }
+  return kErrorFileNotFound;
+}
+
+bool copyBytes(int in, int out) {
+  std::vector<char> buffer(1 << 17);
+  for (;;) {
+    const ssize_t n = ::read(in, buffer.data(), buffer.size());
+    if (n == 0) return true;
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    std::size_t done = 0;
+    while (done < static_cast<std::size_t>(n)) {
+      const ssize_t w = ::write(out, buffer.data() + done, static_cast<std::size_t>(n) - done);
+      if (w < 0) {
+        if (errno == EINTR) continue;
+        return false;
+      }
+      done += static_cast<std::size_t>(w);
+    }
+  }
+}
+
+}  // namespace
+
+bool copyFile(std::u16string_view from, std::u16string_view to, bool failIfExists,
+              std::uint32_t* error) {
+  std::uint32_t ignored = 0;
+  std::uint32_t& result = error != nullptr ? *error : ignored;
+  const std::string source = nativePath(from);
+  const std::string target = nativePath(to);
+  struct stat in {};
+  if (from.empty() || ::stat(source.c_str(), &in) != 0) {
+    result = from.empty() ? kErrorPathNotFound : missingError(source);
+    return false;
+  }
+  if (S_ISDIR(in.st_mode)) {
+    result = kErrorAccessDenied;
+    return false;
+  }
+  struct stat out {};
+  if (!to.empty() && ::stat(target.c_str(), &out) == 0) {
+    if (failIfExists) {
+      result = kErrorFileExists;
+      return false;
+    }
+    // The platform never writes over a read-only file or a folder, and a file copied onto
+    // itself is one it already has open.
+    if (S_ISDIR(out.st_mode) || (out.st_mode & S_IWUSR) == 0) {
+      result = kErrorAccessDenied;
+      return false;
+    }
+    if (out.st_dev == in.st_dev && out.st_ino == in.st_ino) {
+      result = kErrorSharingViolation;
+      return false;
+    }
+  }
+  const int inFd = ::open(source.c_str(), O_RDONLY | O_CLOEXEC);
+  if (inFd < 0) {
+    result = windowsError(errno);
+    return false;
+  }
+  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (failIfExists ? O_EXCL : O_TRUNC);
+  const int outFd = to.empty() ? -1 : ::open(target.c_str(), flags, 0600);
+  if (outFd < 0) {
+    result = to.empty() ? kErrorPathNotFound
+                        : (errno == ENOENT ? missingError(target) : windowsError(errno));
+    ::close(inFd);
+    return false;
+  }
+  bool ok = copyBytes(inFd, outFd);
+  if (!ok) result = windowsError(errno);
+  if (ok) {
+    (void)::fchmod(outFd, in.st_mode & 07777);
+    const struct timespec times[2] = {in.st_atim, in.st_mtim};
+    (void)::futimens(outFd, times);
+  }
+  ::close(inFd);
+  if (::close(outFd) != 0 && ok) {
+    result = windowsError(errno);
+    ok = false;
+  }
+  if (!ok) ::unlink(target.c_str());
+  return ok;
+}
+
+std::optional<String> canonicalPath(std::u16string_view path) {
+  if (path.empty()) return std::nullopt;
+  const std::string native = nativePath(path);
+  char* resolved = ::realpath(native.c_str(), nullptr);
+  if (resolved == nullptr) return std::nullopt;
+  String out = fromUtf8(resolved);
+  std::free(resolved);  // NOLINT(cppcoreguidelines-no-malloc): realpath allocates with malloc
+  return out;
+}
+
+std::optional<FileId> fileId(std::u16string_view path) {
+  struct stat st {};
+  const std::string native = nativePath(path);
+  if (path.empty() || ::stat(native.c_str(), &st) != 0) return std::nullopt;
+  return FileId{static_cast<std::uint64_t>(st.st_dev), static_cast<std::uint64_t>(st.st_ino)};
+}
+
+std::optional<std::vector<DirectoryEntry>> listDirectory(std::u16string_view directory,
+                                                         std::u16string_view pattern) {
+  const std::string native = nativePath(directory);
+  DIR* dir = directory.empty() ? nullptr : ::opendir(native.c_str());
+  if (dir == nullptr) return std::nullopt;
+  std::vector<DirectoryEntry> entries;
+  while (const dirent* entry = ::readdir(dir)) {
+    const std::string_view name = entry->d_name;
+    if (name == "." || name == "..") continue;
+    DirectoryEntry item{fromUtf8(name), false};
+    if (!matchesWildcard(item.name, pattern)) continue;
+    if (entry->d_type == DT_DIR) {
+      item.directory = true;
+    } else if (entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN) {
+      // A link is listed as what it leads to, as a directory link is on the platform.
+      struct stat st {};
+      item.directory = ::fstatat(::dirfd(dir), entry->d_name, &st, 0) == 0 && S_ISDIR(st.st_mode);
+    }
+    entries.push_back(std::move(item));
+  }
+  ::closedir(dir);
+  std::stable_sort(entries.begin(), entries.end(),
+                   [](const DirectoryEntry& a, const DirectoryEntry& b) {
+                     return detail::nameOrderLess(a.name, b.name);
+                   });
+  return entries;
 }
 
 }  // namespace orvo::platform

@@ -1,0 +1,171 @@
+#include "frame/parent_app.hpp"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+
+#include "files/files_fixture.hpp"
+#include "frame/library_info.hpp"
+#include "frame/state.hpp"
+#include "orvogeneric/classes.hpp"
+#include "orvogeneric/user_interface.hpp"
+#include "platform/system_paths.hpp"
+#include "support/test_support.hpp"
+
+namespace orvo::frame {
+namespace {
+
+using test::TraceCapture;
+
+class RecordingBoxes final : public UserInterface {
+ public:
+  MsgBoxResult messageBox(std::u16string_view text, std::u16string_view caption,
+                          std::int32_t style) override {
+    boxes.push_back({String(text), String(caption), style});
+    return vbOK;
+  }
+  void beep() override {}
+  struct Box {
+    String text, caption;
+    std::int32_t style;
+  };
+  std::vector<Box> boxes;
+};
+
+class ParentApp : public test::FilesTest {
+ protected:
+  void SetUp() override {
+    FilesTest::SetUp();
+    StaticGlobals::instance().resetForTesting();
+    ui_ = std::make_shared<RecordingBoxes>();
+    previous_ = setUserInterface(ui_);
+  }
+  void TearDown() override {
+    setUserInterface(previous_);
+    StaticGlobals::instance().resetForTesting();
+    FilesTest::TearDown();
+  }
+  String base() const { return fromUtf8(dir_.string()); }
+  std::shared_ptr<RecordingBoxes> ui_;
+  std::shared_ptr<UserInterface> previous_;
+};
+
+TEST_F(ParentApp, TheFirstInitialisationWinsAndLaterOnesAreTraced) {
+  std::filesystem::create_directory(dir_ / "other");
+  INI ini;
+  ini.InitialiseAppProperties(u"  " + base() + u"/  ", u" Model ");
+  EXPECT_EQ(sParentAppPath(), base() + u"/");
+  EXPECT_EQ(sParentAppEXEName(), u"Model");
+  EXPECT_EQ(sParentAppTitle(), u"Model");
+  TraceCapture trace;
+  ini.InitialiseAppProperties(base() + u"/other", u"Model");
+  EXPECT_EQ(trace.messages(),
+            (std::vector<String>{
+                u"InitialiseParentAppProperties: existing & proposed new paths are different: '" +
+                base() + u"/' : '" + base() + u"/other'"}));
+  ini.InitialiseAppProperties(base() + u"/", u"Other");
+  EXPECT_EQ(trace.messages().back(),
+            u"InitialiseParentAppProperties: existing & proposed new exenames are different: "
+            u"'Model' : 'Other'");
+  EXPECT_EQ(trace.messages().size(), 2U);
+  EXPECT_EQ(sParentAppPath(), base() + u"/");
+  EXPECT_TRUE(ui_->boxes.empty());
+}
+
+TEST_F(ParentApp, AccessorsAddOneSeparator) {
+  INI ini;
+  ini.InitialiseAppProperties(base(), u"Model");
+  EXPECT_EQ(sParentAppPath(), base() + u"/");
+  EXPECT_EQ(sParentAppPathAndEXEName(), base() + u"/Model");
+}
+
+TEST_F(ParentApp, InitialisationWritesTheInformationBlock) {
+  TraceCapture trace;
+  InitialiseParentAppProperties(base(), u"Model");
+  const LibraryInfo& info = libraryInfo();
+  const std::vector<String> expected = {
+      u" ",
+      u"----------------------< GENERIC DLL >----------------------",
+      u"  Description           : " + info.description,
+      u"  DLL Title             : " + info.title,
+      u"  Company name          : " + info.companyName,
+      u"  Copyright             : " + info.copyright,
+      u"  Comments              : " + info.comments,
+      u"  DLL name              : " + info.moduleName,
+      u"  DLL path              : " + info.directory,
+      u"  Start mode            : 0",  // the test program links the library's code in
+      u"-----------------------------------------------------------",
+      u"Parent App Properties -------------------------------------",
+      u"ParentAppPath:              " + base(),
+      u"ParentAppEXEName:           Model",
+      u"msParentAppTitle:           Model",
+      u"Parent App Properties -------------------------------------",
+      u"app.exepath:         " + info.directory,
+  };
+  EXPECT_EQ(trace.messages(), expected);
+  EXPECT_EQ(info.moduleName, u"orvo_tests");
+  EXPECT_EQ(info.directory + u"/orvo_tests", platform::executablePath());
+  for (std::size_t i = 2; i <= 9; ++i) EXPECT_EQ(expected[i].find(u": "), 24U) << i;
+}
+
+TEST_F(ParentApp, BadArgumentsStoreNothingAndTheExecutableIsUsed) {
+  struct Case {
+    String path, name;
+  };
+  const Case cases[] = {
+      {base() + u"/missing", u"Model"},
+      {u"", u"Model"},
+      {base(), u""},
+  };
+  String drive, dir, name;
+  const String exe = platform::executablePath();
+  for (const auto& c : cases) {
+    StaticGlobals::instance().resetForTesting();
+    TraceCapture trace;
+    InitialiseParentAppProperties(c.path, c.name);
+    EXPECT_TRUE(trace.messages().empty());
+    EXPECT_FALSE(StaticGlobals::instance().parentAppInitialised());
+    EXPECT_EQ(sParentAppPathAndEXEName(), exe.substr(0, exe.rfind(u'/') + 1) + u"orvo_tests");
+    EXPECT_TRUE(trace.messages().empty()) << "no block on the derived path";
+  }
+  // A name of blanks passes the test and is stored empty.
+  StaticGlobals::instance().resetForTesting();
+  InitialiseParentAppProperties(base(), u"   ");
+  EXPECT_TRUE(StaticGlobals::instance().parentAppInitialised());
+  EXPECT_EQ(sParentAppEXEName(), u"");
+  EXPECT_TRUE(ui_->boxes.empty());
+}
+
+TEST_F(ParentApp, TheDevelopmentEnvironmentIsRefusedEveryTime) {
+  const String message =
+      u"Programmer error: missing call to inibas.InitialiseAppProperties(App.Path, App.EXEName) "
+      u"in program startup code";
+  deriveParentAppProperties(u"C:\\Program Files\\Microsoft Visual Studio\\VB98\\vb6.exe");
+  deriveParentAppProperties(u"C:\\VB98\\VB6.EXE");
+  ASSERT_EQ(ui_->boxes.size(), 2U);
+  EXPECT_EQ(ui_->boxes[0].text, message);
+  EXPECT_EQ(ui_->boxes[0].style, vbOKOnly);
+  EXPECT_FALSE(StaticGlobals::instance().parentAppInitialised());
+
+  deriveParentAppProperties(u"C:\\Apps\\Model\\model.exe");
+  EXPECT_EQ(sParentAppPath(), u"C:\\Apps\\Model\\");
+  EXPECT_EQ(sParentAppPathAndEXEName(), u"C:\\Apps\\Model\\model");
+  EXPECT_EQ(ui_->boxes.size(), 2U);
+}
+
+TEST_F(ParentApp, ATitleIsTrimmedAndReplacedByInitialisation) {
+  TraceCapture trace;
+  INI ini;
+  ini.SetAppTitle(u"  My Model  ");
+  EXPECT_EQ(StaticGlobals::instance().parentAppTitle(), u"My Model");
+  EXPECT_EQ(trace.messages().back(), u"SetAppTitle has set application title to: 'My Model'");
+  EXPECT_FALSE(StaticGlobals::instance().parentAppInitialised());
+  ini.InitialiseAppProperties(base(), u"Model");
+  EXPECT_EQ(sParentAppTitle(), u"Model");
+  ini.SetAppTitle(u"Later");
+  EXPECT_EQ(sParentAppTitle(), u"Later");
+}
+
+}  // namespace
+}  // namespace orvo::frame
