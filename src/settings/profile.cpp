@@ -15,7 +15,7 @@
 
 namespace orvo::settings {
 
-namespace {
+namespace detail {
 
 // How the platform reads a settings file: a BOM says UTF-16 or UTF-8; anything else is 8-bit
 // text in the system's ANSI code page (UTF-16 without a BOM is not recognised).
@@ -30,18 +30,18 @@ enum class LineKind : std::uint8_t { Blank, Other, Comment, Section, Key };
 // One line of the file in code units of its encoding (bytes, or UTF-16 units after the BOM).
 // A line ends at CR LF, LF or CR; next is where the following line starts.
 struct Line {
-  std::size_t begin = 0;
-  std::size_t end = 0;
-  std::size_t next = 0;
-  std::size_t nameBegin = 0;  // section name, or key name
-  std::size_t nameEnd = 0;
-  std::size_t valueBegin = 0;  // keys only: the value, blanks trimmed
-  std::size_t valueEnd = 0;
-  LineKind kind = LineKind::Blank;
+  std::uint32_t begin = 0;
+  std::uint32_t end = 0;
+  std::uint32_t next = 0;
+  std::uint32_t nameBegin = 0;  // section name, or key name
+  std::uint32_t nameEnd = 0;
+  std::uint32_t valueBegin = 0;  // keys only: the value, blanks trimmed
+  std::uint32_t valueEnd = 0;
   // Where the line lies in the file's bytes (the BOM included), for the writer.
-  std::size_t byteBegin = 0;
-  std::size_t byteEnd = 0;
-  std::size_t byteNext = 0;
+  std::uint32_t byteBegin = 0;
+  std::uint32_t byteEnd = 0;
+  std::uint32_t byteNext = 0;
+  LineKind kind = LineKind::Blank;
 };
 
 template <class U>
@@ -108,6 +108,14 @@ std::size_t classify(const U* p, std::size_t size, std::size_t pos, Line& line) 
   return line.next;
 }
 
+inline char16_t upperFast(char16_t c) noexcept {
+  if (c < 0x80) return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
+  return runtime::upperUnit(c);
+}
+
+// Offsets within a file are 32-bit: a settings file of a gigabyte is refused as unreadable.
+constexpr std::size_t kLargestFile = std::size_t{1} << 30;
+
 std::uint64_t hashUnits(std::u16string_view upper) noexcept {
   std::uint64_t h = 1469598103934665603ULL;
   for (const char16_t c : upper) {
@@ -118,7 +126,7 @@ std::uint64_t hashUnits(std::u16string_view upper) noexcept {
 
 String upper(std::u16string_view s) {
   String out(s);
-  for (char16_t& c : out) c = runtime::upperUnit(c);
+  for (char16_t& c : out) c = upperFast(c);
   return out;
 }
 
@@ -299,6 +307,7 @@ class Document {
   }
 
   void index() {
+    lines_.reserve(raw_.size() / 40 + 4);  // a guess that spares most regrowth of the lines
     if (byLines_) {
       // lines_ is filled already
     } else if (wide()) {
@@ -358,7 +367,7 @@ class Document {
     std::uint64_t h = 1469598103934665603ULL;
     for (std::size_t i = l.nameBegin; i < l.nameEnd; ++i) {
       const char16_t c = decoded() ? units_[i] : static_cast<char16_t>(bytes()[i]);
-      h = (h ^ runtime::upperUnit(c)) * 1099511628211ULL;
+      h = (h ^ upperFast(c)) * 1099511628211ULL;
     }
     return h;
   }
@@ -372,7 +381,7 @@ class Document {
       if (l.nameEnd - l.nameBegin != upperName.size()) return false;
       for (std::size_t i = 0; i < upperName.size(); ++i) {
         const char16_t c = decoded() ? units_[l.nameBegin + i] : bytes()[l.nameBegin + i];
-        if (runtime::upperUnit(c) != upperName[i]) return false;
+        if (upperFast(c) != upperName[i]) return false;
       }
       return true;
     }
@@ -390,6 +399,16 @@ class Document {
   std::vector<Section> sections_;
   std::vector<KeySlot> keySlots_;
 };
+
+}  // namespace detail
+
+namespace {
+
+using detail::Document;
+using detail::isBlank;
+using detail::Line;
+using detail::LineKind;
+using detail::upper;
 
 struct CacheEntry {
   platform::FileVersion version;
@@ -446,7 +465,7 @@ std::shared_ptr<const Document> load(const std::string& path) {
   platform::FileVersion read{};
   std::uint32_t error = 0;
   auto bytes = platform::readWholeFile(path, &read, error);
-  if (!bytes) return nullptr;
+  if (!bytes || bytes->size() >= detail::kLargestFile) return nullptr;
   auto document =
       known != nullptr && known->raw() == *bytes
           ? known
@@ -533,6 +552,7 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
     if (key == nullptr || value == nullptr) return true;
     bytes.emplace();
   }
+  if (bytes->size() >= detail::kLargestFile) return fail(8);  // ERROR_NOT_ENOUGH_MEMORY
   const auto known = cached(path);
   const auto document = known != nullptr && stillValid(*known) && known->raw() == *bytes
                             ? known
@@ -595,6 +615,22 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
   if (!version) return fail(error);
   remember(path, *version, std::make_shared<const Document>(std::move(updated), acp), writtenAt);
   return true;
+}
+
+std::optional<ProfileSnapshot> ProfileSnapshot::read(const String& file) {
+  auto document = load(platform::nativePath(file));
+  if (document == nullptr) return std::nullopt;
+  return ProfileSnapshot(std::move(document));
+}
+
+std::optional<String> ProfileSnapshot::value(std::u16string_view section,
+                                             std::u16string_view key) const {
+  const auto s = document_->findSection(upper(trimBlanks(section)));
+  if (s < 0) return std::nullopt;
+  const auto k = document_->findKey(static_cast<std::size_t>(s), upper(trimBlanks(key)));
+  if (k < 0) return std::nullopt;
+  const Line& line = document_->line(static_cast<std::size_t>(k));
+  return unquote(document_->text(line.valueBegin, line.valueEnd));
 }
 
 void clearProfileCache() {

@@ -2,6 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
 
 #include "orvogeneric/types.hpp"
 
@@ -30,6 +33,27 @@ String GetPrivateProfileString(const String& section, const String& key, const S
 bool WritePrivateProfileString(const String* section, const String* key, const String* value,
                                const String& file, ProfileForm form,
                                std::uint32_t* lastError = nullptr);
+
+namespace detail {
+class Document;
+}
+
+// A settings file parsed once (or taken from the cache), for a caller that reads many values
+// in one go without asking the file system about changes for each.
+class ProfileSnapshot {
+ public:
+  // Nullopt when the file is missing or unreadable.
+  static std::optional<ProfileSnapshot> read(const String& file);
+  // The value as the wide GetPrivateProfileString returns it, without a buffer limit; nullopt
+  // when the section or key is missing.
+  [[nodiscard]] std::optional<String> value(std::u16string_view section,
+                                            std::u16string_view key) const;
+
+ private:
+  explicit ProfileSnapshot(std::shared_ptr<const detail::Document> document)
+      : document_(std::move(document)) {}
+  std::shared_ptr<const detail::Document> document_;
+};
 
 // Forgets every parsed file; the next call reads from the disk.
 void clearProfileCache();
