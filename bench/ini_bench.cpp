@@ -27,7 +27,7 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using orvo::settings::ProfileForm;
+using orvo::settings::privateprofile::ProfileForm;
 
 constexpr int kSections = 50;
 constexpr int kKeysPerSection = 100;
@@ -53,7 +53,7 @@ std::string samplePath() {
 
 void writeSample() {
   std::ofstream(samplePath(), std::ios::binary) << fileText();
-  orvo::settings::clearProfileCache();
+  orvo::settings::privateprofile::clearProfileCache();
 }
 
 // The requests, in a scattered order so that neither side profits from locality.
@@ -163,8 +163,8 @@ void BM_SettingsLookups(benchmark::State& state) {
   for (auto _ : state) {
     auto start = Clock::now();
     for (const auto& r : requests()) {
-      checksum += orvo::settings::GetPrivateProfileString(r.section, r.key, u"", 2048, file,
-                                                          ProfileForm::Wide)
+      checksum += orvo::settings::privateprofile::GetPrivateProfileString(
+                      r.section, r.key, u"", 2048, file, ProfileForm::Wide)
                       .size();
     }
     ours += seconds(start);
@@ -207,8 +207,8 @@ void BM_SettingsOneWrite(benchmark::State& state) {
   for (auto _ : state) {
     const orvo::String value = orvo::fromUtf8(std::to_string(++round) + " mm");
     auto start = Clock::now();
-    if (!orvo::settings::WritePrivateProfileString(&section, &key, &value, file,
-                                                   ProfileForm::Wide)) {
+    if (!orvo::settings::privateprofile::WritePrivateProfileString(&section, &key, &value, file,
+                                                                   ProfileForm::Wide)) {
       state.SkipWithError("write failed");
       break;
     }
@@ -238,18 +238,18 @@ void BM_SettingsColdStart(benchmark::State& state) {
   std::size_t checksum = 0;
   double oursPerCall = 0;
   for (auto _ : state) {
-    orvo::settings::clearProfileCache();
+    orvo::settings::privateprofile::clearProfileCache();
     auto start = Clock::now();
-    const auto snapshot = orvo::settings::ProfileSnapshot::read(file);
+    const auto snapshot = orvo::settings::privateprofile::ProfileSnapshot::read(file);
     for (const auto& r : requests()) checksum += snapshot->value(r.section, r.key)->size();
     ours += seconds(start);
     // The same through the one-value calls, each of which asks the file system whether the
     // file changed.
-    orvo::settings::clearProfileCache();
+    orvo::settings::privateprofile::clearProfileCache();
     start = Clock::now();
     for (const auto& r : requests()) {
-      checksum += orvo::settings::GetPrivateProfileString(r.section, r.key, u"", 2048, file,
-                                                          ProfileForm::Wide)
+      checksum += orvo::settings::privateprofile::GetPrivateProfileString(
+                      r.section, r.key, u"", 2048, file, ProfileForm::Wide)
                       .size();
     }
     oursPerCall += seconds(start);

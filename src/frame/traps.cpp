@@ -53,10 +53,16 @@ Error asError(const std::exception_ptr& caught) {
 
 void RaiseWithContext(std::u16string_view procedure, std::u16string_view context,
                       const Error& error) {
+  RaiseWithContext(procedure, context, {}, error);
+}
+
+void RaiseWithContext(std::u16string_view procedure, std::u16string_view context,
+                      std::u16string_view details, const Error& error) {
   String description = error.description();
   if (description == runtime::standardErrorText(error.number())) {
     description = String(context) + u"\r\n" + decimal(error.number()) + u": " + description;
   }
+  if (!details.empty()) description.append(u"\r\n").append(details);
   description.append(u"\r\n").append(procedure);
   throw Error(error.number(), std::move(description));
 }

@@ -56,6 +56,10 @@ Result trapAndShow(std::u16string_view procedure, Result fallback, Body&& body) 
 // error gets the procedure name appended. Nothing is traced.
 [[noreturn]] void RaiseWithContext(std::u16string_view procedure, std::u16string_view context,
                                    const Error& error);
+// The detailed form: detail lines (each already CR LF separated) go between the context part
+// and the procedure name.
+[[noreturn]] void RaiseWithContext(std::u16string_view procedure, std::u16string_view context,
+                                   std::u16string_view details, const Error& error);
 
 template <class Body>
 decltype(auto) contextTrap(std::u16string_view procedure, std::u16string_view context,

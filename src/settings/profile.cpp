@@ -13,7 +13,7 @@
 #include "platform/whole_file.hpp"
 #include "runtime/strings.hpp"
 
-namespace orvo::settings {
+namespace orvo::settings::privateprofile {
 
 namespace detail {
 
@@ -638,4 +638,4 @@ void clearProfileCache() {
   cache().clear();
 }
 
-}  // namespace orvo::settings
+}  // namespace orvo::settings::privateprofile

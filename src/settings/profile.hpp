@@ -12,7 +12,7 @@
 // functions do it, with three promises the platform does not make: a write changes only the
 // bytes of the line it replaces, adds or removes; a file is replaced whole, so that no reader
 // and no crash ever sees half of it; and writers in several processes are serialised.
-namespace orvo::settings {
+namespace orvo::settings::privateprofile {
 
 // The two forms of the platform functions: the wide form takes the text as it is, the 8-bit
 // form first converts every argument to the system's ANSI code page and its answer back,
@@ -58,4 +58,4 @@ class ProfileSnapshot {
 // Forgets every parsed file; the next call reads from the disk.
 void clearProfileCache();
 
-}  // namespace orvo::settings
+}  // namespace orvo::settings::privateprofile

@@ -18,20 +18,7 @@ namespace {
 
 using test::TraceCapture;
 
-class RecordingBoxes final : public UserInterface {
- public:
-  MsgBoxResult messageBox(std::u16string_view text, std::u16string_view caption,
-                          std::int32_t style) override {
-    boxes.push_back({String(text), String(caption), style});
-    return vbOK;
-  }
-  void beep() override {}
-  struct Box {
-    String text, caption;
-    std::int32_t style;
-  };
-  std::vector<Box> boxes;
-};
+using RecordingBoxes = test::RecordingUserInterface;
 
 class ParentApp : public test::FilesTest {
  protected:

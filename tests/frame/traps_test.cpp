@@ -20,22 +20,7 @@ namespace {
 using test::show;
 using test::TraceCapture;
 
-class RecordingUserInterface final : public UserInterface {
- public:
-  struct Box {
-    String text;
-    String caption;
-    std::int32_t style;
-  };
-  MsgBoxResult messageBox(std::u16string_view text, std::u16string_view caption,
-                          std::int32_t style) override {
-    boxes.push_back({String(text), String(caption), style});
-    return vbOK;
-  }
-  void beep() override { ++beeps; }
-  std::vector<Box> boxes;
-  int beeps = 0;
-};
+using test::RecordingUserInterface;
 
 class FrameTest : public ::testing::Test {
  protected:

@@ -12,7 +12,7 @@
 #include "files/files_fixture.hpp"
 #include "support/test_support.hpp"
 
-namespace orvo::settings {
+namespace orvo::settings::privateprofile::privateprofile {
 namespace {
 
 using Profile = test::FilesTest;
@@ -351,4 +351,4 @@ TEST_F(Profile, KilledWritersLeaveWholeFiles) {
 }
 
 }  // namespace
-}  // namespace orvo::settings
+}  // namespace orvo::settings::privateprofile::privateprofile

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "frame/trace.hpp"
 #include "orvogeneric/error.hpp"
 #include "orvogeneric/types.hpp"
+#include "orvogeneric/user_interface.hpp"
 
 namespace orvo::test {
 
@@ -62,6 +64,39 @@ class TraceCapture {
   std::vector<String> messages_;
   std::vector<String> prefixes_;
   frame::TraceSink previous_;
+};
+
+// A user interface that records its message boxes and beeps, installed for the object's
+// lifetime.
+class RecordingUserInterface final : public UserInterface {
+ public:
+  struct Box {
+    String text;
+    String caption;
+    std::int32_t style;
+  };
+  MsgBoxResult messageBox(std::u16string_view text, std::u16string_view caption,
+                          std::int32_t style) override {
+    boxes.push_back({String(text), String(caption), style});
+    return vbOK;
+  }
+  void beep() override { ++beeps; }
+  std::vector<Box> boxes;
+  int beeps = 0;
+};
+
+class ScopedRecordingUserInterface {
+ public:
+  ScopedRecordingUserInterface()
+      : ui_(std::make_shared<RecordingUserInterface>()), previous_(setUserInterface(ui_)) {}
+  ~ScopedRecordingUserInterface() { setUserInterface(previous_); }
+  ScopedRecordingUserInterface(const ScopedRecordingUserInterface&) = delete;
+  ScopedRecordingUserInterface& operator=(const ScopedRecordingUserInterface&) = delete;
+  RecordingUserInterface* operator->() const { return ui_.get(); }
+
+ private:
+  std::shared_ptr<RecordingUserInterface> ui_;
+  std::shared_ptr<UserInterface> previous_;
 };
 
 // The error a call raised; the test fails when it raised none.

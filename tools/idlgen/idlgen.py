@@ -84,6 +84,8 @@ def cpp_default(p):
         return "u" + d
     if p.type in ENUMS:
         return d
+    if p.type == "Date":
+        return "Date{" + d + "}"
     return d
 
 
