@@ -1,5 +1,6 @@
 #include "files/encoding.hpp"
 #include "files/fileutils.hpp"
+#include "files/log.hpp"
 #include "files/textfiles.hpp"
 #include "files/textio.hpp"
 #include "frame/state.hpp"
@@ -155,5 +156,16 @@ void FileSubs::ListFiles(const String& StartDir, SafeArray& Files, std::int32_t&
   files::ListFiles(StartDir, Files, NumFiles, Recurse, FileFilter);
 }
 void FileSubs::AutocompleteFilePaths(std::int32_t hwnd) { files::AutocompleteFilePaths(hwnd); }
+
+// The warning level is accepted and ignored, deliberately: callers pass levels that mean
+// nothing to the log.
+void FileSubs::AddToLog(const String& sMsg, std::int32_t /*WarningLevel*/) {
+  files::AddToLogB_Worker(sMsg, u"", 0, VBool::False);
+}
+void FileSubs::AddToLogB(const String& sMsg, const String& Prefix, std::int32_t CodePage,
+                         VBool PutByte, std::int32_t /*WarningLevel*/) {
+  files::AddToLogB_Worker(sMsg, Prefix, CodePage, PutByte);
+}
+String FileSubs::LogFile() { return files::LogFile(); }
 
 }  // namespace orvo

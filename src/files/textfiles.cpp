@@ -227,10 +227,7 @@ bool OpenForAppendB(const String& path, platform::File& file, enumFileEncoding& 
   encoding = TextFileEncoding(path, kDefaultSampleBytes);
   const auto length = platform::fileSize(path);
   if (!length || *length > kTwoGigabytes) return false;
-  if (!file.open(path, false, true, platform::Disposition::OpenExisting, false) ||
-      !file.seek(0, SEEK_END)) {
-    return false;
-  }
+  if (!file.openForAppend(path, false)) return false;
   return *length > 0 || writeBytes(file, bomBytes(encoding));
 }
 
@@ -312,10 +309,7 @@ void PrintB(const String& sString, const String& FilePath, std::int32_t CodePage
     platform::File file;
     if (!nonZero(PutByte)) {
       // A text line: created if absent, always terminated with CR LF, in the ANSI code page.
-      if (!file.open(FilePath, false, true, platform::Disposition::OpenAlways, false) ||
-          !file.seek(0, SEEK_END)) {
-        runtime::raise(runtime::errPathNotFound);
-      }
+      if (!file.openForAppend(FilePath, true)) runtime::raise(runtime::errPathNotFound);
       std::string bytes;
       encodeText(sString + u"\r\n", CP_ACP, bytes);
       if (!writeBytes(file, bytes)) runtime::raise(runtime::errPathFileAccess);

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <string>
 
+#include "files/log.hpp"
 #include "frame/library_info.hpp"
 #include "frame/state.hpp"
 
@@ -15,7 +16,10 @@ namespace {
 
 std::mutex gSinkMutex;
 TraceSink& sinkSlot() {
-  static TraceSink sink;
+  // Trace lines go to the application's log, with the prefix field, in the log's own encoding.
+  static TraceSink sink = [](std::u16string_view prefix, std::u16string_view message) {
+    files::AddToLogB_Worker(String(message), String(prefix), 0, VBool::True);
+  };
   return sink;
 }
 

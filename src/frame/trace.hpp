@@ -8,11 +8,11 @@
 
 namespace orvo::frame {
 
-// Where trace lines go: the log core, once it exists, or a sink a test installs. The sink gets
-// the 25-character prefix field and the message.
+// Where trace lines go: the application's log (and its debugger mirror), or a sink a test
+// installs. The sink gets the 25-character prefix field and the message.
 using TraceSink = std::function<void(std::u16string_view prefix, std::u16string_view message)>;
 
-// Installs a sink and returns the previous one. With no sink, trace lines go nowhere.
+// Installs a sink and returns the previous one. An empty sink drops trace lines.
 TraceSink setTraceSink(TraceSink sink);
 
 // The library's module name (its file name without "lib" and extensions) and the decimal id of

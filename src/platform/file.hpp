@@ -61,6 +61,9 @@ class File {
   // existed tells whether the file was there before (the platform's 183 on success).
   bool open(std::u16string_view path, bool read, bool write, Disposition disposition,
             bool sequential, bool* existed = nullptr);
+  // Opens for appending: every write goes to the end of the file as it is then, in one step,
+  // so that lines written by several processes never overwrite or cut into each other.
+  bool openForAppend(std::u16string_view path, bool create);
   [[nodiscard]] bool isOpen() const noexcept { return fd_ >= 0; }
   // Bytes read, 0 at the end, -1 on failure.
   std::int64_t read(std::span<std::uint8_t> buffer);

@@ -105,21 +105,24 @@ bool File::open(std::u16string_view path, bool read, bool write, Disposition dis
   }
   fd_ = ::open(native.c_str(), flags, 0666);
   if (fd_ < 0) {
-    const int error = errno;
-    lastError_ = windowsError(error);
-    // The platform tells a missing directory on the way (3) from a missing file (2).
-    const auto slash = native.find_last_of('/');
-    if (error == ENOENT && slash != std::string::npos && slash > 0) {
-      struct stat parent {};
-      if (::stat(native.substr(0, slash).c_str(), &parent) != 0 || !S_ISDIR(parent.st_mode)) {
-        lastError_ = kErrorPathNotFound;
-      }
-    }
+    lastError_ = openError(native, errno);
     return false;
   }
   if (sequential) (void)::posix_fadvise(fd_, 0, 0, POSIX_FADV_SEQUENTIAL);
   lastError_ = there ? kErrorAlreadyExists : 0;
   if (existed != nullptr) *existed = there;
+  return true;
+}
+
+bool File::openForAppend(std::u16string_view path, bool create) {
+  close();
+  const std::string native = nativePath(path);
+  fd_ = ::open(native.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | (create ? O_CREAT : 0), 0666);
+  if (fd_ < 0) {
+    lastError_ = openError(native, errno);
+    return false;
+  }
+  lastError_ = 0;
   return true;
 }
 

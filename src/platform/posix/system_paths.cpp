@@ -1,6 +1,7 @@
 #include "platform/system_paths.hpp"
 
 #include <dlfcn.h>
+#include <link.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -55,9 +56,16 @@ String executablePath() {
 
 String libraryModulePath() {
   Dl_info info{};
-  if (dladdr(reinterpret_cast<void*>(&libraryModulePath), &info) == 0 ||
+  link_map* map = nullptr;
+  if (dladdr1(reinterpret_cast<void*>(&libraryModulePath), &info, reinterpret_cast<void**>(&map),
+              RTLD_DL_LINKMAP) == 0 ||
       info.dli_fname == nullptr || *info.dli_fname == '\0') {
     return {};
+  }
+  // Linked into the program itself: the loader knows it by the name it was started with,
+  // relative to a working directory that may have changed since.
+  if (map != nullptr && (map->l_name == nullptr || *map->l_name == '\0')) {
+    return executablePath();
   }
   // The loader reports the name it was given, which may be relative; the library is asked for
   // its directory, so the name is made absolute.

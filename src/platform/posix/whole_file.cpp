@@ -29,18 +29,6 @@ std::string directoryOf(const std::string& path) {
   return path.substr(0, slash);
 }
 
-// A missing directory on the way is "path not found", as the platform tells it apart from a
-// missing file.
-std::uint32_t openError(const std::string& path, int error) {
-  if (error == ENOENT) {
-    struct stat st {};
-    if (::stat(directoryOf(path).c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
-      return kErrorPathNotFound;
-    }
-  }
-  return windowsError(error);
-}
-
 bool writeAll(int fd, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t n = ::write(fd, bytes.data(), bytes.size());

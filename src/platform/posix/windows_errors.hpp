@@ -1,7 +1,10 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstdint>
+#include <string>
 
 #include "platform/file.hpp"
 
@@ -32,6 +35,20 @@ inline std::uint32_t windowsError(int error) {
     default:
       return 31;  // ERROR_GEN_FAILURE: a device attached to the system is not functioning
   }
+}
+
+// The error of a failed open: a missing directory on the way is "path not found" (3), which
+// the platform tells apart from a missing file (2).
+inline std::uint32_t openError(const std::string& nativePath, int error) {
+  if (error == ENOENT) {
+    const auto slash = nativePath.find_last_of('/');
+    const std::string dir = slash == std::string::npos ? "."
+                            : slash == 0               ? "/"
+                                                       : nativePath.substr(0, slash);
+    struct stat st {};
+    if (::stat(dir.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return kErrorPathNotFound;
+  }
+  return windowsError(error);
 }
 
 }  // namespace orvo::platform

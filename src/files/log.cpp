@@ -1,0 +1,128 @@
+#include "files/log.hpp"
+
+#include <mutex>
+
+#include "files/fileutils.hpp"
+#include "files/textfiles.hpp"
+#include "frame/parent_app.hpp"
+#include "frame/traps.hpp"
+#include "platform/debug_output.hpp"
+#include "platform/locale.hpp"
+#include "runtime/dates.hpp"
+#include "runtime/format.hpp"
+#include "runtime/strings.hpp"
+#include "settings/ini_values.hpp"
+#include "text/paths.hpp"
+
+namespace orvo::files {
+
+namespace {
+
+struct LogSettings {
+  bool initialised = false;
+  bool outputDebugString = false;
+  std::int32_t outputDebugStringPrefixLen = 32;
+};
+
+std::mutex gLogMutex;
+LogSettings gSettings;
+DebugOutputSink& sinkSlot() {
+  static DebugOutputSink sink;
+  return sink;
+}
+
+// A log write that fails traces the failure, and the trace is itself a log write: on the
+// original platform that recursion ends only when the stack runs out. Here a write started
+// from within a write goes no deeper.
+thread_local int gDepth = 0;
+struct DepthGuard {
+  DepthGuard() { ++gDepth; }
+  ~DepthGuard() { --gDepth; }
+  DepthGuard(const DepthGuard&) = delete;
+  DepthGuard& operator=(const DepthGuard&) = delete;
+};
+
+LogSettings settings() {
+  {
+    const std::lock_guard lock(gLogMutex);
+    if (gSettings.initialised) return gSettings;
+  }
+  // Read once per process; editing the file later has no effect until the next process.
+  const String ini = text::PathWithBackslash(WinDir()) + u"ORVO.INI";
+  LogSettings read;
+  read.outputDebugString =
+      isTrue(settings::bGetFromINI(ini, u"Logging", u"OutputDebugString", VBool::False));
+  read.outputDebugStringPrefixLen =
+      settings::nGetFromINI(ini, u"Logging", u"OutputDebugStringPrefixLen", 32);
+  read.initialised = true;
+  const std::lock_guard lock(gLogMutex);
+  if (!gSettings.initialised) gSettings = read;
+  return gSettings;
+}
+
+}  // namespace
+
+String LogFile() { return frame::sParentAppPathAndEXEName() + u".log"; }
+
+void AddToLogB_File(const String& sMsg, const String& Prefix, std::int32_t CodePage,
+                    VBool PutByte) {
+  try {
+    const String path = LogFile();
+    // The file's existence is the switch: the library never creates its log.
+    if (!isTrue(FileExists(path))) return;
+    String text = sMsg;
+    if (!text.empty()) {
+      if (!Prefix.empty()) text = Prefix + u": " + text;
+      const auto rs = platform::userRegionalSettings();
+      text = runtime::Format(Variant(runtime::Now()), u"yyyy-mmm-dd HH:NN:SS", *rs) + u": " + text;
+    }
+    PrintB(text, path, CodePage, PutByte, VBool::True);
+  } catch (...) {  // NOLINT(bugprone-empty-catch): a log line that cannot be written is dropped
+  }
+}
+
+void AddToLog_OutputDebugString(const String& sMsg, const String& Prefix) {
+  frame::trap(u"AddToLog_OutputDebugString", [&] {
+    const LogSettings s = settings();
+    if (!s.outputDebugString) return;
+    String name = frame::sParentAppEXEName();
+    if (!Prefix.empty()) name += u"[" + Prefix + u"]";
+    name = runtime::Right(name, s.outputDebugStringPrefixLen);
+    name.resize(static_cast<std::size_t>(s.outputDebugStringPrefixLen), u' ');
+    const String line = name + u":" + sMsg + u"\r\n";
+    DebugOutputSink sink;
+    {
+      const std::lock_guard lock(gLogMutex);
+      sink = sinkSlot();
+    }
+    if (sink) {
+      sink(line);
+    } else {
+      platform::debugOutput(line);
+    }
+  });
+}
+
+void AddToLogB_Worker(const String& sMsg, const String& Prefix, std::int32_t CodePage,
+                      VBool PutByte) {
+  if (gDepth > 1) return;
+  const DepthGuard guard;
+  try {
+    AddToLogB_File(sMsg, Prefix, CodePage, PutByte);
+    AddToLog_OutputDebugString(sMsg, Prefix);
+  } catch (...) {  // NOLINT(bugprone-empty-catch): the caller of a log write never sees an error
+  }
+}
+
+DebugOutputSink setDebugOutputSink(DebugOutputSink sink) {
+  const std::lock_guard lock(gLogMutex);
+  std::swap(sinkSlot(), sink);
+  return sink;
+}
+
+void resetLogSettingsForTesting() {
+  const std::lock_guard lock(gLogMutex);
+  gSettings = {};
+}
+
+}  // namespace orvo::files
