@@ -206,6 +206,12 @@ enumFileEncoding encodingOfSample(std::string_view sample, std::int64_t fileLeng
   return result;
 }
 
+std::optional<enumFileEncoding> rememberedEncoding(const String& FilePath) {
+  EncodingCache& known = cache();
+  if (!known.contains(FilePath)) return std::nullopt;
+  return known.get(FilePath);
+}
+
 enumFileEncoding TextFileEncoding(const String& FileName, std::int32_t NumBytes) {
   if (!isTrue(FileExists(FileName))) return encANSI;
   EncodingCache& known = cache();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "orvogeneric/types.hpp"
@@ -42,6 +43,9 @@ enumFileEncoding EncodingFromCodePage(std::int32_t CodePage);
 // The code page to read or append with: the file's own where it has a BOM or is UTF-8, the
 // caller's where it names an installed ANSI code page (or UTF-8) for a file without one.
 std::int32_t CodePageCheck(std::int32_t CodePageSupplied, enumFileEncoding FileEncoding);
+
+// The remembered encoding of a path, without looking at the file; nullopt when none is.
+std::optional<enumFileEncoding> rememberedEncoding(const String& FilePath);
 
 void SetTextFileEncoding(const Variant& FilePath, enumFileEncoding FileEncoding);
 void ClearTextFileEncoding(const Variant& FilePath);

@@ -1,5 +1,7 @@
 #include "files/log.hpp"
 
+#include <ctime>
+#include <memory>
 #include <mutex>
 
 #include "files/fileutils.hpp"
@@ -60,6 +62,23 @@ LogSettings settings() {
   return gSettings;
 }
 
+// The time stamp of a log line. Formatting a date is the costliest step of a line, and a busy
+// log writes many lines within one second: the text is made again only when the second or the
+// user's regional settings change.
+String timeStamp() {
+  thread_local std::time_t lastSecond = -1;
+  thread_local std::shared_ptr<const platform::RegionalSettings> lastSettings;
+  thread_local String lastStamp;
+  const std::time_t second = std::time(nullptr);
+  auto rs = platform::userRegionalSettings();
+  if (second != lastSecond || rs != lastSettings) {
+    lastStamp = runtime::Format(Variant(runtime::Now()), u"yyyy-mmm-dd HH:NN:SS", *rs);
+    lastSecond = second;
+    lastSettings = std::move(rs);
+  }
+  return lastStamp;
+}
+
 }  // namespace
 
 String LogFile() { return frame::sParentAppPathAndEXEName() + u".log"; }
@@ -67,16 +86,13 @@ String LogFile() { return frame::sParentAppPathAndEXEName() + u".log"; }
 void AddToLogB_File(const String& sMsg, const String& Prefix, std::int32_t CodePage,
                     VBool PutByte) {
   try {
-    const String path = LogFile();
     // The file's existence is the switch: the library never creates its log.
-    if (!isTrue(FileExists(path))) return;
     String text = sMsg;
     if (!text.empty()) {
       if (!Prefix.empty()) text = Prefix + u": " + text;
-      const auto rs = platform::userRegionalSettings();
-      text = runtime::Format(Variant(runtime::Now()), u"yyyy-mmm-dd HH:NN:SS", *rs) + u": " + text;
+      text = timeStamp() + u": " + text;
     }
-    PrintB(text, path, CodePage, PutByte, VBool::True);
+    (void)PrintToExistingFile(text, LogFile(), CodePage, PutByte, VBool::True);
   } catch (...) {  // NOLINT(bugprone-empty-catch): a log line that cannot be written is dropped
   }
 }

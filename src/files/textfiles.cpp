@@ -303,6 +303,33 @@ void WriteStringArrayToTextFile(const SafeArray& FileLines, const String& File) 
   WriteStringToTextFileB(joinLines(FileLines), File, 0, VBool::True);
 }
 
+bool PrintToExistingFile(const String& sString, const String& FilePath, std::int32_t CodePage,
+                         VBool PutByte, VBool AppendNewLine) {
+  return frame::trap(u"PrintB", [&] {
+    platform::File file;
+    if (!file.openForAppend(FilePath, false)) return false;
+    std::string bytes;
+    if (!nonZero(PutByte)) {
+      encodeText(sString + u"\r\n", CP_ACP, bytes);
+    } else {
+      const auto length = file.size();
+      if (!length || *length > kTwoGigabytes) {
+        frame::LibraryTrace(u"PrintB failed on OpenForAppendB, file '" + FilePath + u"'");
+        return true;
+      }
+      const auto remembered = rememberedEncoding(FilePath);
+      const enumFileEncoding encoding =
+          remembered ? *remembered : TextFileEncoding(FilePath, kDefaultSampleBytes);
+      if (*length == 0) bytes = bomBytes(encoding);
+      String text = sString;
+      if (nonZero(AppendNewLine)) text += frame::StaticGlobals::instance().eol();
+      encodeText(text, CodePageCheck(CodePage, encoding), bytes);
+    }
+    if (!writeBytes(file, bytes)) runtime::raise(runtime::errPathFileAccess);
+    return true;
+  });
+}
+
 void PrintB(const String& sString, const String& FilePath, std::int32_t CodePage, VBool PutByte,
             VBool AppendNewLine) {
   frame::trap(u"PrintB", [&] {
