@@ -13,6 +13,20 @@
 #include "platform/whole_file.hpp"
 #include "runtime/strings.hpp"
 
+// Where the platform's rules were not settled by what it was seen to do, this reader decides
+// so, for these reasons:
+//  - Lines before the first section belong to no section: the platform keeps such bytes
+//    untouched when it writes, which it would not do for a section it could find keys in.
+//  - A comment line is never a key, whatever is asked: a lookup of ";key" finding a
+//    commented-out setting would undo the user's edit.
+//  - A UTF-8 file with a BOM is read as UTF-8 and keeps its BOM: read as ANSI, the BOM would
+//    glue onto the first header and hide that section, losing settings a user saved from an
+//    editor.
+//  - A written value is stored as given, edge blanks included (readers trim them again); keys
+//    and section names are trimmed, as they are when looked up.
+//  - A new key goes after the last line of its section that is not blank, so that the blank
+//    lines separating sections stay between them.
+//  - The default is returned with trailing blanks removed but not unquoted.
 namespace orvo::settings::privateprofile {
 
 namespace detail {
