@@ -1,14 +1,42 @@
 // orvo's command lines: any bytes split at NULs into arguments, through the parser of
-// "convert" and through "call" (which reads each argument as JSON, a bare word or Name:=value).
-// Either a usable result or a clear refusal; never a crash.
+// "convert", through "ini" and "log" (with their file names moved into a scratch directory)
+// and through "call" (which reads each argument as JSON, a bare word or Name:=value). Either a
+// usable result or a clear refusal; never a crash.
+#include <unistd.h>
+
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "cli.hpp"
 #include "file_verbs.hpp"
 #include "fuzz_input.hpp"
+#include "settings_verbs.hpp"
+
+namespace {
+
+// The verbs' answers are not looked at; the scratch directory keeps their files contained.
+const std::string& scratch() {
+  static const std::string dir = [] {
+    (void)std::freopen("/dev/null", "w", stdout);
+    const auto d =
+        std::filesystem::temp_directory_path() / ("orvo_args_fuzz_" + std::to_string(::getpid()));
+    std::filesystem::create_directories(d);
+    return d.string();
+  }();
+  return dir;
+}
+
+std::string contained(const std::string& name) {
+  std::string safe;
+  for (const char c : name) safe += (c == '/' || c == '\\') ? '_' : c;
+  return scratch() + "/f" + safe.substr(0, 100);
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::vector<std::string> args;
@@ -28,6 +56,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (args.size() < 2) __builtin_trap();
   }
   if (!parse.help && !parse.options && parse.error.empty()) __builtin_trap();
+  {
+    std::vector<std::string> ini = args;
+    if (ini.size() >= 2) ini[1] = contained(ini[1]);
+    const int status = orvo::cli::commandIni(ini);
+    if (status < 0 || status > 3) __builtin_trap();
+    std::vector<std::string> log = {"--app", scratch(), "Fuzz"};
+    log.insert(log.end(), args.begin(), args.end());
+    if (orvo::cli::commandLog(log) > 3) __builtin_trap();
+  }
   if (orvo::fuzz::touchesFiles(std::string_view(reinterpret_cast<const char*>(data), size))) {
     return 0;
   }

@@ -3,6 +3,7 @@
 #include "files/encoding.hpp"
 #include "frame/trace.hpp"
 #include "frame/traps.hpp"
+#include "orvogeneric/profile.hpp"
 #include "platform/locale.hpp"
 #include "runtime/convert.hpp"
 #include "runtime/dates.hpp"
@@ -17,6 +18,11 @@
 
 namespace orvo::settings {
 
+privateprofile::ProfileForm formFor(const String& file) {
+  return isTrue(files::FileIsUTF16LE(file)) ? privateprofile::ProfileForm::Wide
+                                            : privateprofile::ProfileForm::Ansi;
+}
+
 namespace {
 
 using privateprofile::ProfileForm;
@@ -27,10 +33,6 @@ constexpr std::u16string_view kUnusedDefault = u"WeWillNotUseThisValue";
 constexpr std::size_t kBufferSize = 2048;
 // How much of the buffer the raw reader's error report quotes.
 constexpr std::size_t kQuotedBuffer = 64;
-
-ProfileForm formFor(const String& file) {
-  return isTrue(files::FileIsUTF16LE(file)) ? ProfileForm::Wide : ProfileForm::Ansi;
-}
 
 String detailLines(const String& file, const String& section, const String& key) {
   return u"File: " + file + u"\r\nSection: " + section + u"\r\nVariable: " + key;
@@ -298,3 +300,25 @@ Date ReadWriteINIDate(const String& Section, const String& Key, Date Default,
 }
 
 }  // namespace orvo::settings
+
+namespace orvo {
+
+std::vector<String> ProfileSectionNames(const String& file) {
+  const auto snapshot = settings::privateprofile::ProfileSnapshot::read(file);
+  return snapshot ? snapshot->sectionNames() : std::vector<String>{};
+}
+
+std::optional<std::vector<std::pair<String, String>>> ProfileSection(const String& file,
+                                                                     const String& section) {
+  const auto snapshot = settings::privateprofile::ProfileSnapshot::read(file);
+  if (!snapshot) return std::nullopt;
+  return snapshot->section(section);
+}
+
+bool ProfileWrite(const String& file, const String& section, const String* key, const String* value,
+                  std::uint32_t* lastError) {
+  return settings::privateprofile::WritePrivateProfileString(&section, key, value, file,
+                                                             settings::formFor(file), lastError);
+}
+
+}  // namespace orvo

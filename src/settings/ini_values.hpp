@@ -3,11 +3,15 @@
 #include <cstdint>
 
 #include "orvogeneric/types.hpp"
+#include "settings/profile.hpp"
 
 // Typed settings on top of the one-value profile functions: getters with a default and a
 // not-found flag, writers of the stored forms, and read-or-create operations that fill an
 // application's INI file with every setting it consults.
 namespace orvo::settings {
+
+// The profile functions' form for a file: wide for a UTF-16 LE file, 8-bit for any other.
+privateprofile::ProfileForm formFor(const String& file);
 
 // Raw read and write through the profile functions, the wide form for a UTF-16 LE file and the
 // 8-bit form for any other.

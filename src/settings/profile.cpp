@@ -647,6 +647,31 @@ std::optional<String> ProfileSnapshot::value(std::u16string_view section,
   return unquote(document_->text(line.valueBegin, line.valueEnd));
 }
 
+std::vector<String> ProfileSnapshot::sectionNames() const {
+  std::vector<String> names;
+  for (std::size_t i = 0; i < document_->lineCount(); ++i) {
+    const Line& line = document_->line(i);
+    if (line.kind == LineKind::Section)
+      names.push_back(document_->text(line.nameBegin, line.nameEnd));
+  }
+  return names;
+}
+
+std::optional<std::vector<std::pair<String, String>>> ProfileSnapshot::section(
+    std::u16string_view name) const {
+  const auto s = document_->findSection(upper(trimBlanks(name)));
+  if (s < 0) return std::nullopt;
+  std::vector<std::pair<String, String>> entries;
+  const auto index = static_cast<std::size_t>(s);
+  for (std::size_t i = document_->sectionHeader(index) + 1; i < document_->sectionEnd(index); ++i) {
+    const Line& line = document_->line(i);
+    if (line.kind != LineKind::Key) continue;
+    entries.emplace_back(document_->text(line.nameBegin, line.nameEnd),
+                         unquote(document_->text(line.valueBegin, line.valueEnd)));
+  }
+  return entries;
+}
+
 void clearProfileCache() {
   const std::lock_guard lock(cacheMutex());
   cache().clear();

@@ -5,6 +5,8 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "orvogeneric/types.hpp"
 
@@ -48,6 +50,11 @@ class ProfileSnapshot {
   // when the section or key is missing.
   [[nodiscard]] std::optional<String> value(std::u16string_view section,
                                             std::u16string_view key) const;
+  // Every section header's name in file order, duplicates included.
+  [[nodiscard]] std::vector<String> sectionNames() const;
+  // The key lines of the first section of that name: names and values as a read returns them.
+  [[nodiscard]] std::optional<std::vector<std::pair<String, String>>> section(
+      std::u16string_view name) const;
 
  private:
   explicit ProfileSnapshot(std::shared_ptr<const detail::Document> document)

@@ -74,7 +74,30 @@ if ! cmp -s "$work/ansi.txt" "$work/back.txt"; then
 fi
 expect 2 "" -- convert --to x "$work/ansi.txt" "$work/x.txt"
 expect 1 "" -- convert --to 65001 "$work/missing.txt" "$work/x.txt"
-for verb in encoding lines convert; do
+# Settings files and the log.
+expect 0 "" -- ini set "$work/s.ini" Sec key " padded "
+expect 0 "" -- ini set "$work/s.ini" Sec other 2
+expect 0 " padded " -- ini get "$work/s.ini" sec KEY
+expect 0 "fallback" -- ini get "$work/s.ini" Sec missing fallback
+expect 0 "Sec" -- ini list "$work/s.ini"
+expect 0 "key= padded 
+other=2" -- ini list "$work/s.ini" Sec
+expect 0 "" -- ini delete "$work/s.ini" Sec key
+if [[ "$(cat "$work/s.ini")" != $'[Sec]\r\nother=2\r' ]]; then
+  echo "FAIL: ini set/delete wrote $(od -c "$work/s.ini")"
+  fails=$((fails + 1))
+fi
+expect 1 "" -- ini list "$work/s.ini" Nope
+expect 1 "" -- ini set "$work/no/such/dir.ini" S k v
+expect 2 "" -- ini get "$work/s.ini" Sec
+expect 1 "" -- log --app "$work" App "not yet"
+: > "$work/App.log"
+expect 0 "" -- log --app "$work" App "hello there"
+if ! tail -n 1 "$work/App.log" | grep -Eq '^[0-9]{4}-[A-Z][a-z]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}: hello there'$'\r''$'; then
+  echo "FAIL: orvo log line: $(tail -n 1 "$work/App.log")"
+  fails=$((fails + 1))
+fi
+for verb in encoding lines convert ini log; do
   if ! "$orvo" "$verb" --help | grep -q "^usage: orvo $verb"; then
     echo "FAIL: orvo $verb --help"
     fails=$((fails + 1))

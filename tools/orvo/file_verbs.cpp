@@ -10,6 +10,7 @@
 
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/error.hpp"
+#include "verb_support.hpp"
 
 namespace orvo::cli {
 
@@ -57,25 +58,6 @@ bool readable(const std::string& path, std::string& why, std::int64_t* size = nu
   }
   if (size != nullptr) *size = static_cast<std::int64_t>(st.st_size);
   return true;
-}
-
-bool wantsHelp(const std::vector<std::string>& args) {
-  for (const auto& a : args) {
-    if (a == "--help" || a == "-h") return true;
-  }
-  return false;
-}
-
-bool put(const std::string& text) {
-  return std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-}
-
-int done(int status) {
-  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-    std::fprintf(stderr, "orvo: cannot write the output: %s\n", std::strerror(errno));
-    return 3;
-  }
-  return status;
 }
 
 void progress(const std::string& verb, const std::string& file, std::int64_t doneBytes,

@@ -14,6 +14,7 @@
 #include "cli.hpp"
 #include "file_verbs.hpp"
 #include "orvogeneric/automation.hpp"
+#include "settings_verbs.hpp"
 
 namespace {
 
@@ -27,6 +28,8 @@ constexpr const char* kUsage =
     "  orvo encoding FILE...                            detected encoding and code page\n"
     "  orvo lines FILE...                               line counts\n"
     "  orvo convert --to CP [--from CP] [--bom|--no-bom] IN OUT   re-encode a text file\n"
+    "  orvo ini get|set|delete|list FILE ...            settings files, one value at a time\n"
+    "  orvo log [--app DIR NAME] MESSAGE                a line into the application's log\n"
     "Each verb takes --help.\n"
     "ARG is JSON; a bare word that is not JSON is a string.\n"
     "A batch line: {\"call\": \"Class.Member\", \"args\": [...], \"named\": {\"Param\": ...}}\n"
@@ -125,6 +128,8 @@ int main(int argc, char** argv) {
   if (verb == "encoding") return cli::commandEncoding(rest);
   if (verb == "lines") return cli::commandLines(rest);
   if (verb == "convert") return cli::commandConvert(rest);
+  if (verb == "ini") return cli::commandIni(rest);
+  if (verb == "log") return cli::commandLog(rest);
   std::fprintf(stderr, "orvo: unknown command '%s'\n%s", verb.c_str(), kUsage);
   return 2;
 }

@@ -1,0 +1,131 @@
+#include "settings_verbs.hpp"
+
+#include <cstdio>
+
+#include "orvogeneric/classes.hpp"
+#include "orvogeneric/error.hpp"
+#include "orvogeneric/profile.hpp"
+#include "verb_support.hpp"
+
+namespace orvo::cli {
+
+namespace {
+
+constexpr const char* kIniHelp =
+    "usage: orvo ini get FILE SECTION KEY [DEFAULT]   the value (DEFAULT, or empty, if missing)\n"
+    "       orvo ini set FILE SECTION KEY VALUE       write one value (the file is created)\n"
+    "       orvo ini delete FILE SECTION [KEY]        remove a key, or a whole section\n"
+    "       orvo ini list FILE [SECTION]              the sections, or a section's KEY=VALUE\n"
+    "Values are read and written as the INI class does: one pair of enclosing quotes is\n"
+    "stripped on reading, a value with edge blanks is written in quotes, ANSI files in the\n"
+    "system code page, UTF-16 files as UTF-16. A write changes only the line it concerns.\n"
+    "Exit status: 0 done (get: also when the value is missing), 1 the file could not be\n"
+    "written (or list: no such file or section), 2 usage.\n";
+
+constexpr const char* kLogHelp =
+    "usage: orvo log [--app DIR NAME] MESSAGE\n"
+    "Appends MESSAGE, time-stamped, to the application's log DIR/NAME.log (default: orvo's own\n"
+    "directory and name). The log is written only if the file exists: create it empty to turn\n"
+    "logging on. Exit status: 0 written, 1 no log file, 2 usage.\n";
+
+String text(const std::string& s) { return fromUtf8(s); }
+
+int usage(const char* help) {
+  std::fputs(help, stderr);
+  return 2;
+}
+
+int writeFailure(const std::string& file, std::uint32_t error) {
+  const char* why = error == 3   ? "its directory does not exist"
+                    : error == 5 ? "access denied"
+                    : error == 8 ? "the file is too large"
+                                 : "the platform refused the write";
+  std::fprintf(stderr, "orvo ini: %s cannot be written: %s (Windows error %u)\n", file.c_str(), why,
+               error);
+  return 1;
+}
+
+}  // namespace
+
+int commandIni(const std::vector<std::string>& args) {
+  if (wantsHelp(args)) return std::fputs(kIniHelp, stdout) < 0 ? 3 : done(0);
+  if (args.size() < 2) return usage(kIniHelp);
+  const std::string& verb = args[0];
+  const std::string& file = args[1];
+  if (verb == "list" && args.size() <= 3) {
+    if (args.size() == 2) {
+      std::string out;
+      for (const String& name : ProfileSectionNames(text(file))) out += toUtf8(name) + "\n";
+      put(out);
+      return done(0);
+    }
+    const auto entries = ProfileSection(text(file), text(args[2]));
+    if (!entries) {
+      std::fprintf(stderr, "orvo ini: %s has no section [%s]\n", file.c_str(), args[2].c_str());
+      return 1;
+    }
+    std::string out;
+    for (const auto& [key, value] : *entries) out += toUtf8(key) + "=" + toUtf8(value) + "\n";
+    put(out);
+    return done(0);
+  }
+  if (args.size() < 3) return usage(kIniHelp);
+  const String section = text(args[2]);
+  try {
+    if (verb == "get" && (args.size() == 4 || args.size() == 5)) {
+      INI ini;
+      const String value = ini.GetStringFromINI(text(file), section, text(args[3]),
+                                                args.size() == 5 ? text(args[4]) : String());
+      put(toUtf8(value) + "\n");
+      return done(0);
+    }
+    if (verb == "set" && args.size() == 5) {
+      INI ini;
+      if (ini.PutStringToINI(text(file), section, text(args[3]), text(args[4])) == VBool::True) {
+        return done(0);
+      }
+      std::uint32_t error = 0;
+      const String key = text(args[3]);
+      const String value = text(args[4]);
+      (void)ProfileWrite(text(file), section, &key, &value, &error);
+      return writeFailure(file, error);
+    }
+    if (verb == "delete" && (args.size() == 3 || args.size() == 4)) {
+      const String key = args.size() == 4 ? text(args[3]) : String();
+      std::uint32_t error = 0;
+      if (ProfileWrite(text(file), section, args.size() == 4 ? &key : nullptr, nullptr, &error)) {
+        return done(0);
+      }
+      return writeFailure(file, error);
+    }
+  } catch (const Error& e) {
+    std::fprintf(stderr, "orvo ini: %s\n", toUtf8(e.description()).c_str());
+    return 1;
+  }
+  return usage(kIniHelp);
+}
+
+int commandLog(const std::vector<std::string>& args) {
+  if (wantsHelp(args)) return std::fputs(kLogHelp, stdout) < 0 ? 3 : done(0);
+  std::size_t next = 0;
+  INI ini;
+  if (!args.empty() && args[0] == "--app") {
+    if (args.size() < 3) return usage(kLogHelp);
+    ini.InitialiseAppProperties(text(args[1]), text(args[2]));
+    next = 3;
+  }
+  if (args.size() != next + 1) return usage(kLogHelp);
+  FileSubs files;
+  const String log = files.LogFile();
+  if (files.FileExists(log) != VBool::True) {
+    std::fprintf(stderr,
+                 "orvo log: %s does not exist, so logging is off (create it to turn "
+                 "logging on)\n",
+                 toUtf8(log).c_str());
+    return 1;
+  }
+  files.AddToLog(text(args[next]));
+  return done(0);
+}
+
+}  // namespace orvo::cli
