@@ -12,7 +12,7 @@
 #include "files/files_fixture.hpp"
 #include "support/test_support.hpp"
 
-namespace orvo::settings::privateprofile::privateprofile {
+namespace orvo::settings::privateprofile {
 namespace {
 
 using Profile = test::FilesTest;
@@ -350,5 +350,56 @@ TEST_F(Profile, KilledWritersLeaveWholeFiles) {
   EXPECT_EQ(get(ini, u"S", u"k"), u"after");
 }
 
+// Files that are not what a settings file should be: the documented answer, no crash, and
+// nothing written where nothing may be.
+TEST_F(Profile, BadFilesGiveTheDefaultOrAFailure) {
+  std::filesystem::create_directory(dir_ / "adir");
+  const String directory = path("adir");
+  EXPECT_EQ(get(directory, u"S", u"k"), u"<def>");
+  std::uint32_t error = 0;
+  const String section = u"S";
+  const String key = u"k";
+  EXPECT_FALSE(
+      WritePrivateProfileString(&section, &key, &key, directory, ProfileForm::Wide, &error));
+  EXPECT_EQ(error, 5U);
+  EXPECT_TRUE(std::filesystem::is_directory(dir_ / "adir"));
+
+  struct Case {
+    const char* name;
+    std::string bytes;
+    const char16_t* section;
+    const char16_t* key;
+    String value;
+  };
+  const std::string longLine(10 << 20, 'x');
+  const Case cases[] = {
+      {"NUL bytes in names and values", "[S\0T]\r\nk\0=v\0w\r\n[S]\r\nk=after\r\n"s, u"S", u"k",
+       u"after"},
+      {"a lone CR ends a line", "[S]\rk=1\r", u"S", u"k", u"1"},
+      {"a 10 MB line", "[S]\r\nbig=" + longLine + "\r\nk=2\r\n", u"S", u"k", u"2"},
+      {"invalid UTF-16: a lone surrogate", "\xFF\xFE[\0S\0]\0\n\0k\0=\0\x00\xD8\x41\0"s, u"S", u"k",
+       String(u"\xD800") + u"A"},
+      {"UTF-16 with an odd last byte", "\xFF\xFE[\0S\0]\0\n\0k\0=\0z\0!"s, u"S", u"k", u"z"},
+  };
+  int n = 0;
+  for (const auto& c : cases) {
+    const std::string name = "bad" + std::to_string(n++) + ".ini";
+    const String file = write(name, c.bytes);
+    EXPECT_EQ(test::show(get(file, c.section, c.key)), test::show(c.value)) << c.name;
+    // A write elsewhere in the file keeps these bytes exactly.
+    ASSERT_TRUE(put(file, u"Other", u"n", u"1")) << c.name;
+    const std::string after = read(name);
+    EXPECT_EQ(after.substr(0, c.bytes.size()) == c.bytes, true) << c.name;
+  }
+  EXPECT_EQ(get(path("bad2.ini"), u"S", u"big").size(), 2047U);
+
+  if (::geteuid() != 0) {
+    const String locked = write("locked.ini", "[S]\r\nk=1\r\n");
+    std::filesystem::permissions(dir_ / "locked.ini", std::filesystem::perms::none);
+    EXPECT_EQ(get(locked, u"S", u"k"), u"<def>") << "unreadable: the default";
+    std::filesystem::permissions(dir_ / "locked.ini", std::filesystem::perms::owner_all);
+  }
+}
+
 }  // namespace
-}  // namespace orvo::settings::privateprofile::privateprofile
+}  // namespace orvo::settings::privateprofile
