@@ -163,24 +163,14 @@ TEST_F(Log, ConcurrentProcessesKeepEveryLine) {
   write("Model.log", "");
   constexpr int kProcesses = 4;
   constexpr int kLines = 5000;
-  std::vector<pid_t> children;
-  for (int p = 0; p < kProcesses; ++p) {
-    const pid_t pid = ::fork();
-    ASSERT_GE(pid, 0);
-    if (pid == 0) {
-      FileSubs subs;
-      for (int i = 0; i < kLines; ++i) {
-        subs.AddToLog(fromUtf8("process " + std::to_string(p) + " line " + std::to_string(i) + " " +
-                               std::string(40, static_cast<char>('a' + p))));
-      }
-      ::_exit(0);
+  EXPECT_TRUE(test::runInProcesses(kProcesses, [&](int p) {
+    FileSubs subs;
+    for (int i = 0; i < kLines; ++i) {
+      subs.AddToLog(fromUtf8("process " + std::to_string(p) + " line " + std::to_string(i) + " " +
+                             std::string(40, static_cast<char>('a' + p))));
     }
-    children.push_back(pid);
-  }
-  for (const pid_t pid : children) {
-    int status = 0;
-    ASSERT_EQ(::waitpid(pid, &status, 0), pid);
-  }
+    return true;
+  }));
   const std::regex line(R"(<stamp>process (\d) line (\d+) ([a-d])\3{39}\r)");
   std::map<int, int> next;
   int intact = 0;

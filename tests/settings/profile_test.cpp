@@ -289,27 +289,16 @@ TEST_F(Profile, ConcurrentWritersLoseNothing) {
   const String ini = path("shared.ini");
   constexpr int kProcesses = 8;
   constexpr int kWrites = 300;
-  std::vector<pid_t> children;
-  for (int p = 0; p < kProcesses; ++p) {
-    const pid_t pid = ::fork();
-    ASSERT_GE(pid, 0);
-    if (pid == 0) {
-      bool ok = true;
-      for (int i = 0; i < kWrites; ++i) {
-        const String section = u"S" + fromUtf8(std::to_string(i % 3));
-        ok = put(ini, section, fromUtf8("p" + std::to_string(p) + "_" + std::to_string(i)),
-                 fromUtf8(std::to_string(i))) &&
-             ok;
-      }
-      ::_exit(ok ? 0 : 1);
+  EXPECT_TRUE(test::runInProcesses(kProcesses, [&](int p) {
+    bool ok = true;
+    for (int i = 0; i < kWrites; ++i) {
+      const String section = u"S" + fromUtf8(std::to_string(i % 3));
+      ok = put(ini, section, fromUtf8("p" + std::to_string(p) + "_" + std::to_string(i)),
+               fromUtf8(std::to_string(i))) &&
+           ok;
     }
-    children.push_back(pid);
-  }
-  for (const pid_t pid : children) {
-    int status = 0;
-    ASSERT_EQ(::waitpid(pid, &status, 0), pid);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-  }
+    return ok;
+  }));
   clearProfileCache();
   int present = 0;
   for (int p = 0; p < kProcesses; ++p) {

@@ -1,6 +1,8 @@
 #include "support/test_support.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -124,6 +126,25 @@ ScopedEnvironment::~ScopedEnvironment() {
   } else {
     ::unsetenv(name_.c_str());
   }
+}
+
+bool runInProcesses(int count, const std::function<bool(int)>& body) {
+  std::vector<pid_t> children;
+  bool ok = true;
+  for (int i = 0; i < count; ++i) {
+    const pid_t pid = ::fork();
+    if (pid < 0) {
+      ok = false;
+      break;
+    }
+    if (pid == 0) ::_exit(body(i) ? 0 : 1);
+    children.push_back(pid);
+  }
+  for (const pid_t pid : children) {
+    int status = 0;
+    ok = ::waitpid(pid, &status, 0) == pid && WIFEXITED(status) && WEXITSTATUS(status) == 0 && ok;
+  }
+  return ok;
 }
 
 TraceCapture::TraceCapture()

@@ -99,6 +99,10 @@ class ScopedRecordingUserInterface {
   std::shared_ptr<UserInterface> previous_;
 };
 
+// Runs body(index) in each of count forked processes at once and waits for them all; true when
+// every one returned true. The children leave with _exit, running no test machinery.
+bool runInProcesses(int count, const std::function<bool(int)>& body);
+
 // The error a call raised; the test fails when it raised none.
 Error errorOf(const std::function<void()>& call);
 // The number of the error a call raised, 0 when it raised none.
