@@ -54,6 +54,9 @@ class ORVO_API UserInterface {
   // returns the platform's result code, negative on failure. Without a desktop there is no edit
   // control to complete: the default does nothing and succeeds.
   virtual std::int32_t autoCompleteFilePaths(std::int32_t hwnd, std::int32_t flags);
+  // Whether the key with that virtual-key code is down at this moment. Without a desktop no
+  // key is: the default answers false.
+  virtual bool isKeyDown(std::int32_t virtualKey);
 };
 
 // Installs the user interface for the whole process and returns the previous one; an empty

@@ -1,5 +1,6 @@
 #include "orvogeneric/classes.hpp"
 #include "system/locale_queries.hpp"
+#include "system/processes.hpp"
 
 namespace orvo {
 
@@ -37,6 +38,31 @@ std::shared_ptr<Collection> SystemUtilities::AvailableLCIDs() { return system::A
 
 std::shared_ptr<Collection> SystemUtilities::AvailableANSICodePages() {
   return system::AvailableANSICodePages();
+}
+
+String SystemUtilities::ORVOMutexName(const String& Path, const String& Stub) {
+  return system::ORVOMutexName(Path, Stub);
+}
+std::int32_t SystemUtilities::CreateMutex(const String& Mutex, CreateMutexEnum& Status) {
+  return system::CreateMutex(Mutex, Status);
+}
+VBool SystemUtilities::MutexAlreadyExists(const String& MutexName) {
+  return system::MutexAlreadyExists(MutexName);
+}
+void SystemUtilities::SleepCurrentThread(double Seconds) { system::SleepCurrentThread(Seconds); }
+VBool SystemUtilities::SyncShell(const String& CommandLine, std::int32_t TimeoutMilliseconds,
+                                 VBool WaitForInputIdle, VBool Hide) {
+  return system::SyncShell(CommandLine, TimeoutMilliseconds, WaitForInputIdle, Hide);
+}
+VBool SystemUtilities::WaitForProcess(std::int32_t taskId, std::int32_t milliseconds) {
+  return system::WaitForProcess(taskId, milliseconds);
+}
+VBool SystemUtilities::IsKeyDown(std::int32_t lKeyCode) { return system::IsKeyDown(lKeyCode); }
+VBool SystemUtilities::b1or0ToBoolean(std::int16_t nInput) {
+  return system::b1or0ToBoolean(nInput);
+}
+std::int16_t SystemUtilities::nBooleanTo1or0(VBool bInput) {
+  return system::nBooleanTo1or0(bInput);
 }
 
 }  // namespace orvo

@@ -97,7 +97,9 @@ if ! tail -n 1 "$work/App.log" | grep -Eq '^[0-9]{4}-[A-Z][a-z]{2}-[0-9]{2} [0-9
   echo "FAIL: orvo log line: $(tail -n 1 "$work/App.log")"
   fails=$((fails + 1))
 fi
-for verb in encoding lines convert ini log; do
+expect 0 "false" -- mutex "orvo cli test $$"
+expect 2 "" -- mutex
+for verb in encoding lines convert ini log mutex; do
   if ! "$orvo" "$verb" --help | grep -q "^usage: orvo $verb"; then
     echo "FAIL: orvo $verb --help"
     fails=$((fails + 1))

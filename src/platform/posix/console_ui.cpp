@@ -8,6 +8,8 @@ namespace orvo {
 
 UserInterface::~UserInterface() = default;
 
+bool UserInterface::isKeyDown(std::int32_t /*virtualKey*/) { return false; }
+
 std::int32_t UserInterface::autoCompleteFilePaths(std::int32_t /*hwnd*/, std::int32_t /*flags*/) {
   return 0;
 }

@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "platform/file.hpp"
+#include "platform/process.hpp"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX declares it nowhere
 
@@ -92,11 +93,7 @@ std::int32_t openDocument(std::u16string_view document) {
     if (std::chrono::steady_clock::now() >= deadline) break;
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
-  std::thread([pid] {
-    int status = 0;
-    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    }
-  }).detach();
+  reapWhenEnded(pid);
   return kOpened;
 }
 
