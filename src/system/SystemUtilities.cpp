@@ -1,6 +1,7 @@
 #include "orvogeneric/classes.hpp"
 #include "system/locale_queries.hpp"
 #include "system/processes.hpp"
+#include "text/keypress.hpp"
 
 namespace orvo {
 
@@ -63,6 +64,17 @@ VBool SystemUtilities::b1or0ToBoolean(std::int16_t nInput) {
 }
 std::int16_t SystemUtilities::nBooleanTo1or0(VBool bInput) {
   return system::nBooleanTo1or0(bInput);
+}
+
+void SystemUtilities::ValidateKeyPressReal(std::int16_t& KeyAscii, const String& SelText,
+                                           std::int32_t SelStart, std::int32_t SelLen,
+                                           const String& TestText, VBool SuppressBeep) {
+  text::ValidRs_subWorker(KeyAscii, SelText, SelStart, SelLen, TestText, SuppressBeep);
+}
+VBool SystemUtilities::IsValidReal(const String& text) { return text::ValidRString(text); }
+void SystemUtilities::ValidateKeyPressString(std::int16_t& KeyAscii, const String& BannedChars,
+                                             VBool SuppressBeep) {
+  text::ValidStr_worker(KeyAscii, BannedChars, SuppressBeep);
 }
 
 }  // namespace orvo
