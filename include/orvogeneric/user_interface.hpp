@@ -57,6 +57,9 @@ class ORVO_API UserInterface {
   // Whether the key with that virtual-key code is down at this moment. Without a desktop no
   // key is: the default answers false.
   virtual bool isKeyDown(std::int32_t virtualKey);
+  // Shows an error report (the details, ending with "Details logged to: " when the report was
+  // logged) in the error dialog. The default, without a desktop, is a critical message box.
+  virtual void showErrorReport(std::u16string_view details, std::u16string_view logPath);
 };
 
 // Installs the user interface for the whole process and returns the previous one; an empty

@@ -8,6 +8,10 @@ namespace orvo {
 
 UserInterface::~UserInterface() = default;
 
+void UserInterface::showErrorReport(std::u16string_view details, std::u16string_view /*logPath*/) {
+  messageBox(details, u"ORVO Error Report", vbCritical | vbOKOnly);
+}
+
 bool UserInterface::isKeyDown(std::int32_t /*virtualKey*/) { return false; }
 
 std::int32_t UserInterface::autoCompleteFilePaths(std::int32_t /*hwnd*/, std::int32_t /*flags*/) {
