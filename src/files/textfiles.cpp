@@ -103,7 +103,9 @@ String ReadTextFileToString(const String& FileName) {
 std::int64_t fileLineCount64(const String& FilePath) {
   HugeTextFile reader;
   std::int32_t codePage = 0;
-  reader.FileOpen(FilePath, HugeTextFile::Read, 0, -1, 32768, &codePage);
+  // The count does not depend on the buffer's size; a megabyte reads a big file in a 32nd of the
+  // system calls, which were a third of the time a count took.
+  reader.FileOpen(FilePath, HugeTextFile::Read, 0, -1, 1 << 20, &codePage);
   while (!reader.EndOfFile()) reader.LineSkip(100000);
   const std::int64_t count = reader.LineCount();
   reader.FileClose(true);
