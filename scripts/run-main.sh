@@ -13,5 +13,22 @@ for sample in samples/*.jsonl; do
   echo "== $sample (${locale:-en_US.UTF-8})"
   grep -v '^#' "$sample" | env LC_ALL="${locale:-en_US.UTF-8}" "$orvo" batch | paste -d '\n' <(grep -v '^#' "$sample" | sed 's/^/> /') -
 done
+echo "== text files: encoding and line counts"
+"$orvo" encoding samples/text/*.txt
+"$orvo" lines samples/text/*.txt
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+# A Shift-JIS file read on a western system needs its code page named.
+"$orvo" convert --from 932 --to 65001 samples/text/japanese-932.txt "$work/japanese-utf8.txt"
+echo "japanese-932.txt as UTF-8: $(tail -c +4 "$work/japanese-utf8.txt" | head -n 1)"
+echo "== settings: a hand-edited INI file"
+cp samples/settings/model.ini "$work/model.ini"
+"$orvo" ini list "$work/model.ini"
+"$orvo" ini list "$work/model.ini" Solver
+echo "length unit: $("$orvo" ini get "$work/model.ini" units LENGTH)"
+"$orvo" ini set "$work/model.ini" Solver MaxIterations 500
+"$orvo" ini set "$work/model.ini" Output Folder "results run 7"
+echo "-- after two writes (only their lines changed):"
+cat "$work/model.ini"
 echo "== one call"
 "$orvo" call StringUtilities.ExpandString '%1 of %0' '["a","b"]'
