@@ -14,6 +14,7 @@
 #include "cli.hpp"
 #include "file_verbs.hpp"
 #include "orvogeneric/automation.hpp"
+#include "resource_verbs.hpp"
 #include "settings_verbs.hpp"
 
 namespace {
@@ -30,6 +31,7 @@ constexpr const char* kUsage =
     "  orvo convert --to CP [--from CP] [--bom|--no-bom] IN OUT   re-encode a text file\n"
     "  orvo ini get|set|delete|list FILE ...            settings files, one value at a time\n"
     "  orvo log [--app DIR NAME] MESSAGE                a line into the application's log\n"
+    "  orvo strings [--json] [--language L] DLL [ID...] a satellite library's string tables\n"
     "Each verb takes --help.\n"
     "ARG is JSON; a bare word that is not JSON is a string.\n"
     "A batch line: {\"call\": \"Class.Member\", \"args\": [...], \"named\": {\"Param\": ...}}\n"
@@ -130,6 +132,7 @@ int main(int argc, char** argv) {
   if (verb == "convert") return cli::commandConvert(rest);
   if (verb == "ini") return cli::commandIni(rest);
   if (verb == "log") return cli::commandLog(rest);
+  if (verb == "strings") return cli::commandStrings(rest);
   std::fprintf(stderr, "orvo: unknown command '%s'\n%s", verb.c_str(), kUsage);
   return 2;
 }
