@@ -101,17 +101,16 @@ class TableBuilder {
                                             "a string table block ends before its sixteen strings");
       at += 2;
       if (length == 0) continue;
-      if (!data.has(at, std::uint64_t{length} * 2)) {
-        fail(PeFailure::Malformed, "a string runs past the end of its string table block");
-      }
+      constexpr const char* kPast = "a string runs past the end of its string table block";
+      if (!data.has(at, std::uint64_t{length} * 2)) fail(PeFailure::Malformed, kPast);
       // Blocks that share their bytes could make the table grow far beyond the file.
       if (length > poolLimit_ - table_.pool_.size()) {
         fail(PeFailure::Malformed, "string table blocks overlap");
       }
       const auto offset = static_cast<std::uint32_t>(table_.pool_.size());
       for (std::uint32_t k = 0; k < length; ++k) {
-        table_.pool_.push_back(
-            static_cast<char16_t>(data.u16(at + std::uint64_t{k} * 2, PeFailure::Malformed, "")));
+        table_.pool_.push_back(static_cast<char16_t>(
+            data.u16(at + std::uint64_t{k} * 2, PeFailure::Malformed, kPast)));
       }
       at += std::uint64_t{length} * 2;
       table_.entries_.push_back(StringTable::Entry{
@@ -142,7 +141,7 @@ class TableBuilder {
 namespace {
 
 StringTable parse(const Bytes& file) {
-  if (file.size() < 2 || file.u16(0, PeFailure::NotPeImage, "") != 0x5A4D) {
+  if (file.size() < 2 || file.u16(0, PeFailure::NotPeImage, "no MZ header") != 0x5A4D) {
     fail(PeFailure::NotPeImage, "no MZ header");
   }
   const std::uint64_t pe = file.u32(0x3C, PeFailure::Truncated, "the DOS header is cut short");
@@ -171,16 +170,17 @@ StringTable parse(const Bytes& file) {
   const std::uint32_t directoryCount = header.u32(directories - 4, PeFailure::Malformed, kShort);
 
   const std::uint64_t table = optional + optionalSize;
+  constexpr const char* kSections = "the section table is cut short";
   if (!file.has(table, std::uint64_t{sectionCount} * 40)) {
-    fail(PeFailure::Truncated, "the section table is cut short");
+    fail(PeFailure::Truncated, kSections);
   }
   std::vector<Section> sections;
   sections.reserve(sectionCount);
   for (std::uint32_t i = 0; i < sectionCount; ++i) {
     const std::uint64_t at = table + std::uint64_t{i} * 40;
-    const Section s{file.u32(at + 12, PeFailure::Truncated, ""),
-                    file.u32(at + 16, PeFailure::Truncated, ""),
-                    file.u32(at + 20, PeFailure::Truncated, "")};
+    const Section s{file.u32(at + 12, PeFailure::Truncated, kSections),
+                    file.u32(at + 16, PeFailure::Truncated, kSections),
+                    file.u32(at + 20, PeFailure::Truncated, kSections)};
     if (!file.has(s.rawOffset, s.rawSize)) {
       fail(PeFailure::Truncated, "a section's data lies beyond the end of the file");
     }
@@ -207,13 +207,14 @@ StringTable parse(const Bytes& file) {
   }
   if (!region) fail(PeFailure::Malformed, "the resource directory lies outside every section");
 
+  constexpr const char* kEntry = "a resource directory entry lies outside the resource section";
   TableBuilder builder(file.size() / 2);
   const Directory types = directoryAt(*region, 0);
   std::optional<std::uint32_t> strings;
   for (std::uint32_t i = 0; i < types.count && !strings; ++i) {
     const std::uint64_t at = types.first + std::uint64_t{i} * 8;
-    if (region->u32(at, PeFailure::Malformed, "") == kStringType) {
-      strings = region->u32(at + 4, PeFailure::Malformed, "");
+    if (region->u32(at, PeFailure::Malformed, kEntry) == kStringType) {
+      strings = region->u32(at + 4, PeFailure::Malformed, kEntry);
     }
   }
   if (!strings) return builder.finish(machine, pe32Plus);
@@ -226,8 +227,8 @@ StringTable parse(const Bytes& file) {
   const Directory blocks = directoryAt(*region, *strings & ~kHighBit);
   for (std::uint32_t i = 0; i < blocks.count; ++i) {
     const std::uint64_t at = blocks.first + std::uint64_t{i} * 8;
-    const std::uint32_t block = region->u32(at, PeFailure::Malformed, "");
-    const std::uint32_t target = region->u32(at + 4, PeFailure::Malformed, "");
+    const std::uint32_t block = region->u32(at, PeFailure::Malformed, kEntry);
+    const std::uint32_t target = region->u32(at + 4, PeFailure::Malformed, kEntry);
     // Named blocks and numbers beyond the 16-bit string ids are never reached by an id.
     if (block == 0 || block > kLastBlock) continue;
     if ((target & kHighBit) == 0) fail(PeFailure::Malformed, "a string block is not a directory");
@@ -235,8 +236,8 @@ StringTable parse(const Bytes& file) {
     for (std::uint32_t j = 0; j < languages.count; ++j) {
       if (visitsLeft-- == 0) fail(PeFailure::Malformed, "resource directories are shared");
       const std::uint64_t entryAt = languages.first + std::uint64_t{j} * 8;
-      const std::uint32_t language = region->u32(entryAt, PeFailure::Malformed, "");
-      const std::uint32_t dataEntry = region->u32(entryAt + 4, PeFailure::Malformed, "");
+      const std::uint32_t language = region->u32(entryAt, PeFailure::Malformed, kEntry);
+      const std::uint32_t dataEntry = region->u32(entryAt + 4, PeFailure::Malformed, kEntry);
       if (language > 0xFFFF) continue;
       if ((dataEntry & kHighBit) != 0) {
         fail(PeFailure::Malformed, "a language entry is a directory, not data");
