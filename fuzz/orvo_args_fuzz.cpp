@@ -1,5 +1,6 @@
 // orvo's command lines: any bytes split at NULs into arguments, through the parser of
-// "convert", through "ini" and "log" (with their file names moved into a scratch directory)
+// "convert" and "strings", through "ini", "log" and "strings" (with their file names moved into a
+// scratch directory)
 // and through "call" (which reads each argument as JSON, a bare word or Name:=value). Either a
 // usable result or a clear refusal; never a crash.
 #include <unistd.h>
@@ -14,6 +15,7 @@
 #include "cli.hpp"
 #include "file_verbs.hpp"
 #include "fuzz_input.hpp"
+#include "resource_verbs.hpp"
 #include "settings_verbs.hpp"
 
 namespace {
@@ -56,6 +58,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (args.size() < 2) __builtin_trap();
   }
   if (!parse.help && !parse.options && parse.error.empty()) __builtin_trap();
+  const auto strings = orvo::cli::parseStringsArguments(args);
+  if (!strings.help && !strings.options && strings.error.empty()) __builtin_trap();
+  if (strings.options) {
+    // Every id came from an argument of its own, beside the file name.
+    if (strings.options->file.empty() || strings.options->ids.size() >= args.size()) {
+      __builtin_trap();
+    }
+    // The same request on a file in the scratch directory, which is never a PE image.
+    const auto& o = *strings.options;
+    std::vector<std::string> again;
+    if (o.json) again.emplace_back("--json");
+    if (o.language) again.insert(again.end(), {"--language", std::to_string(*o.language)});
+    again.push_back(contained(o.file));
+    for (const std::uint16_t id : o.ids) again.push_back(std::to_string(id));
+    if (orvo::cli::commandStrings(again) != 1) __builtin_trap();
+  }
   {
     std::vector<std::string> ini = args;
     if (ini.size() >= 2) ini[1] = contained(ini[1]);

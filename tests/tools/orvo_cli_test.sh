@@ -99,7 +99,30 @@ if ! tail -n 1 "$work/App.log" | grep -Eq '^[0-9]{4}-[A-Z][a-z]{2}-[0-9]{2} [0-9
 fi
 expect 0 "false" -- mutex "orvo cli test $$"
 expect 2 "" -- mutex
-for verb in encoding lines convert ini log mutex; do
+
+# Satellite string tables, read from the compiled fixtures.
+fixtures=$(cd "$(dirname "$0")/../resources/fixtures" && pwd)
+expect 0 "1036	101	Première ligne%nDeuxième ligne
+1041	101	一行目%n二行目
+2057	101	Line one%nLine two
+2057	105	tab\there, quote \" and backslash \\ kept" -- strings "$fixtures/AppRes809.dll" 101 105
+expect 0 '{"language":1041,"id":104,"text":"顔 😀"}
+{"language":1041,"id":101,"text":"一行目%n二行目"}' -- strings --json --language 0x411 "$fixtures/AppRes809_i386.dll" 104 101
+expect 1 "1036	103	après un trou
+2057	103	after a gap: 102 is missing" -- strings "$fixtures/AppRes809.dll" 102 103
+if [[ $("$orvo" strings "$fixtures/AppRes809.dll" | wc -l) -ne 16 ||
+      $("$orvo" strings --json "$fixtures/AppRes809.dll" | wc -l) -ne 16 ]]; then
+  echo "FAIL: orvo strings does not list all 16 strings"
+  fails=$((fails + 1))
+fi
+expect 0 "" -- strings "$fixtures/NoStrings.dll"
+expect 1 "" -- strings "$fixtures/NoResources.dll"
+expect 1 "" -- strings "$fixtures/strings.rc"
+expect 1 "" -- strings "$work/missing.dll"
+expect 2 "" -- strings
+expect 2 "" -- strings "$fixtures/AppRes809.dll" 65536
+expect 2 "" -- strings --language
+for verb in encoding lines convert ini log mutex strings; do
   if ! "$orvo" "$verb" --help | grep -q "^usage: orvo $verb"; then
     echo "FAIL: orvo $verb --help"
     fails=$((fails + 1))

@@ -14,6 +14,7 @@
 #include "cli.hpp"
 #include "file_verbs.hpp"
 #include "orvogeneric/automation.hpp"
+#include "resource_verbs.hpp"
 #include "settings_verbs.hpp"
 #include "system_verbs.hpp"
 
@@ -32,6 +33,7 @@ constexpr const char* kUsage =
     "  orvo ini get|set|delete|list FILE ...            settings files, one value at a time\n"
     "  orvo log [--app DIR NAME] MESSAGE                a line into the application's log\n"
     "  orvo mutex NAME                                  whether a named mutex is held now\n"
+    "  orvo strings [--json] [--language L] DLL [ID...] a satellite library's string tables\n"
     "Each verb takes --help.\n"
     "ARG is JSON; a bare word that is not JSON is a string.\n"
     "A batch line: {\"call\": \"Class.Member\", \"args\": [...], \"named\": {\"Param\": ...}}\n"
@@ -133,6 +135,7 @@ int main(int argc, char** argv) {
   if (verb == "ini") return cli::commandIni(rest);
   if (verb == "log") return cli::commandLog(rest);
   if (verb == "mutex") return cli::commandMutex(rest);
+  if (verb == "strings") return cli::commandStrings(rest);
   std::fprintf(stderr, "orvo: unknown command '%s'\n%s", verb.c_str(), kUsage);
   return 2;
 }
