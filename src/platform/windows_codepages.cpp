@@ -83,6 +83,22 @@ std::size_t decodeTable(const tables::CodePageTable& t, const std::uint8_t* in, 
                         char16_t* out) {
   char16_t* const start = out;
   std::size_t i = 0;
+#if defined(__SSE2__)
+  if (!t.doubleByte && t.asciiIdentity) {
+    // One byte is one unit: sixteen are widened at once and only the few above 0x7F are
+    // looked up afterwards, so an accent every few words costs a lookup, not a restart.
+    for (; i + 16 <= n; i += 16, out += 16) {
+      const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
+      const __m128i zero = _mm_setzero_si128();
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi8(v, zero));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 8), _mm_unpackhi_epi8(v, zero));
+      for (auto high = static_cast<unsigned>(_mm_movemask_epi8(v)); high != 0; high &= high - 1) {
+        const auto j = static_cast<std::size_t>(__builtin_ctz(high));
+        out[j] = t.single[in[i + j]];
+      }
+    }
+  }
+#endif
   while (i < n) {
     if (t.asciiIdentity && i + 16 <= n) {
       const std::size_t k = asciiBlock(in + i, out);
@@ -90,17 +106,21 @@ std::size_t decodeTable(const tables::CodePageTable& t, const std::uint8_t* in, 
       i += k;
       if (k == 16) continue;
     }
-    const std::uint8_t b = in[i];
-    const std::uint16_t row = t.rowOf[b];
-    // A lead byte takes the next byte with it unless that is NUL or there is none: the pair
-    // is one character or one default character, so a broken trail byte is swallowed.
-    if (row != 0xFFFF && i + 1 < n && in[i + 1] != 0) {
-      *out++ = t.rows[static_cast<std::size_t>(row) * 256 + in[i + 1]];
-      i += 2;
-    } else {
-      *out++ = t.single[b];
-      ++i;
-    }
+    // Text in a double-byte page runs in stretches of its own characters: those are taken
+    // one after another before the next attempt at sixteen ASCII bytes.
+    do {
+      const std::uint8_t b = in[i];
+      const std::uint16_t row = t.rowOf[b];
+      // A lead byte takes the next byte with it unless that is NUL or there is none: the
+      // pair is one character or one default character, so a broken trail byte is swallowed.
+      if (row != 0xFFFF && i + 1 < n && in[i + 1] != 0) {
+        *out++ = t.rows[static_cast<std::size_t>(row) * 256 + in[i + 1]];
+        i += 2;
+      } else {
+        *out++ = t.single[b];
+        ++i;
+      }
+    } while (i < n && (!t.asciiIdentity || in[i] >= 0x80));
   }
   return static_cast<std::size_t>(out - start);
 }
@@ -117,10 +137,14 @@ std::size_t encodeTable(const tables::CodePageTable& t, const char16_t* in, std:
       i += k;
       if (k == 8) continue;
     }
-    const char16_t c = in[i++];
-    const std::uint16_t v = t.pages[static_cast<std::size_t>(t.pageOf[c >> 8]) * 256 + (c & 0xFF)];
-    if (v >= 0x100) *out++ = static_cast<std::uint8_t>(v >> 8);
-    *out++ = static_cast<std::uint8_t>(v);
+    // A stretch of characters beyond ASCII is taken whole before the next ASCII attempt.
+    do {
+      const char16_t c = in[i++];
+      const std::uint16_t v =
+          t.pages[static_cast<std::size_t>(t.pageOf[c >> 8]) * 256 + (c & 0xFF)];
+      if (v >= 0x100) *out++ = static_cast<std::uint8_t>(v >> 8);
+      *out++ = static_cast<std::uint8_t>(v);
+    } while (i < n && (!t.asciiIdentity || in[i] >= 0x80));
   }
   return static_cast<std::size_t>(out - start);
 }
