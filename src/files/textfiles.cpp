@@ -146,7 +146,8 @@ void ReadTextFileToArrayB(const String& FileName, SafeArray& FileLines,
     lines.reserve(static_cast<std::size_t>(std::min<std::int64_t>(wanted, 1 << 20)));
     HugeTextFile reader;
     std::int32_t codePage = CodePage != nullptr ? *CodePage : 0;
-    reader.FileOpen(FileName, HugeTextFile::Read, 0, -1, 32768, &codePage);
+    // A megabyte rather than the original 32 KiB: the same lines, a 32nd of the reads.
+    reader.FileOpen(FileName, HugeTextFile::Read, 0, -1, 1 << 20, &codePage);
     reader.LineSkip(static_cast<std::int64_t>(start) - 1);
     String line;
     while (!reader.EndOfFile() && static_cast<std::int64_t>(lines.size()) < wanted) {
