@@ -223,15 +223,19 @@ std::size_t encodeUtf8(const char16_t* in, std::size_t n, std::uint8_t* out) {
       *out++ = static_cast<std::uint8_t>(c);
       continue;
     }
+    if (c < 0x800) {  // western accents, the common case, before the surrogate tests
+      out[0] = static_cast<std::uint8_t>(0xC0 | (c >> 6));
+      out[1] = static_cast<std::uint8_t>(0x80 | (c & 0x3F));
+      out += 2;
+      continue;
+    }
     if (c >= 0xD800 && c <= 0xDBFF && i + 1 < n && in[i + 1] >= 0xDC00 && in[i + 1] <= 0xDFFF) {
       c = 0x10000 + ((c - 0xD800) << 10) + (in[i + 1] - 0xDC00);
       ++i;
     } else if (c >= 0xD800 && c <= 0xDFFF) {
       c = 0xFFFD;
     }
-    if (c < 0x800) {
-      *out++ = static_cast<std::uint8_t>(0xC0 | (c >> 6));
-    } else if (c < 0x10000) {
+    if (c < 0x10000) {
       *out++ = static_cast<std::uint8_t>(0xE0 | (c >> 12));
       *out++ = static_cast<std::uint8_t>(0x80 | ((c >> 6) & 0x3F));
     } else {
