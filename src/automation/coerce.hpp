@@ -22,8 +22,16 @@ std::uint8_t coerceByte(const Variant& v);
 Currency coerceCurrency(const Variant& v);
 Date coerceDate(const Variant& v);
 std::shared_ptr<Collection> coerceCollection(const Variant& v);
+// An object argument: nullptr for Nothing, Empty or a missing one; anything else is error 13.
+std::shared_ptr<Object> coerceObject(const Variant& v);
 // The array inside an array argument; anything else is a Type mismatch (13).
 SafeArray& arrayArgument(Variant& v);
+[[noreturn]] void raiseTypeMismatch();
+
+template <class T>
+struct IsObjectPointer : std::false_type {};
+template <class T>
+struct IsObjectPointer<std::shared_ptr<T>> : std::is_base_of<Object, T> {};
 
 template <class T>
 T coerce(const Variant& v) {
@@ -49,16 +57,20 @@ T coerce(const Variant& v) {
     return coerceDate(v);
   else if constexpr (std::is_same_v<T, std::shared_ptr<Collection>>)
     return coerceCollection(v);
-  else if constexpr (std::is_enum_v<T>)
+  else if constexpr (std::is_same_v<T, std::shared_ptr<Object>>)
+    return coerceObject(v);
+  else if constexpr (IsObjectPointer<T>::value) {
+    // An object of one class: another class is a Type mismatch, as the typed parameter is.
+    auto object = coerceObject(v);
+    if (!object) return nullptr;
+    auto typed = std::dynamic_pointer_cast<typename T::element_type>(object);
+    if (!typed) raiseTypeMismatch();
+    return typed;
+  } else if constexpr (std::is_enum_v<T>)
     return static_cast<T>(coerceLong(v));
   else
     static_assert(sizeof(T) == 0, "no coercion for this type");
 }
-
-template <class T>
-struct IsObjectPointer : std::false_type {};
-template <class T>
-struct IsObjectPointer<std::shared_ptr<T>> : std::is_base_of<Object, T> {};
 
 template <class T>
 Variant toVariant(T value) {

@@ -55,6 +55,15 @@ std::shared_ptr<Collection> coerceCollection(const Variant& v) {
   return collection;
 }
 
+std::shared_ptr<Object> coerceObject(const Variant& v) {
+  if (v.isEmpty() || v.isMissing()) return nullptr;
+  const auto* object = v.object();
+  if (object == nullptr) runtime::raise(runtime::errTypeMismatch);
+  return *object;
+}
+
+void raiseTypeMismatch() { runtime::raise(runtime::errTypeMismatch); }
+
 SafeArray& arrayArgument(Variant& v) {
   SafeArray* array = v.array();
   if (array == nullptr) runtime::raise(runtime::errTypeMismatch);

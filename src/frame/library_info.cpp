@@ -9,6 +9,12 @@
 #ifndef ORVO_VERSION_DESCRIPTION
 #define ORVO_VERSION_DESCRIPTION ""
 #endif
+#ifndef ORVO_VERSION_NUMBER
+#define ORVO_VERSION_NUMBER "0.0.0"
+#endif
+#ifndef ORVO_REVISION
+#define ORVO_REVISION "unrecorded"
+#endif
 #ifndef ORVO_VERSION_TITLE
 #define ORVO_VERSION_TITLE "ORVOGeneric"
 #endif
@@ -33,6 +39,8 @@ LibraryInfo compute() {
   info.companyName = fromUtf8(ORVO_VERSION_COMPANY);
   info.copyright = fromUtf8(ORVO_VERSION_COPYRIGHT);
   info.comments = fromUtf8(ORVO_VERSION_COMMENTS);
+  info.version = fromUtf8(ORVO_VERSION_NUMBER);
+  info.revision = fromUtf8(ORVO_REVISION);
   const String module = platform::libraryModulePath();
   String name = u"ORVOGeneric";
   if (!module.empty()) {

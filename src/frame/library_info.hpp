@@ -14,6 +14,8 @@ struct LibraryInfo {
   String companyName;
   String copyright;
   String comments;
+  String version;     // major.minor.revision
+  String revision;    // the source-control revision the build was made from
   String moduleName;  // file name without "lib" and extensions
   String directory;
   std::int32_t startMode = 0;  // 0 stand-alone, 1 automation component

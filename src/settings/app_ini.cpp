@@ -8,6 +8,7 @@
 #include "orvogeneric/error.hpp"
 #include "orvogeneric/user_interface.hpp"
 #include "platform/locale.hpp"
+#include "resources/catalogue.hpp"
 #include "runtime/dates.hpp"
 #include "runtime/format.hpp"
 #include "runtime/strings.hpp"
@@ -66,7 +67,7 @@ String sAppINIFile() {
   // Raised past this procedure's own trap, straight to the caller.
   if (failed) {
     throw Error(kErrorAppINIWrite,
-                u"Unexpected error (sAppINIFIle): failed to write to the INI file\r\n" + path,
+                resources::LibraryMessage(326, {Variant(String(u"\r\n")), Variant(path)}),
                 u"orvoGeneric DLL");
   }
   return path;

@@ -55,6 +55,31 @@ if [[ "$batch_out" != "$batch_want" ]]; then
   fails=$((fails + 1))
 fi
 
+# Objects the factory hands out are handles for the lines after: a manager on the fixture
+# satellites, its strings (a missing one is an error in an explicitly chosen locale) and
+# properties; the class itself cannot be named.
+fixtures=$(cd "$(dirname "$0")/../resources/fixtures" && pwd)
+manager_out=$(printf '%s\n' \
+  '{"call":"FactoryMethods.GetResourceManager","args":["Mgr","'"$fixtures"'",1041]}' \
+  '{"object":1,"call":"LoadResString","args":[2]}' \
+  '{"object":1,"call":"LoadResString","args":[3]}' \
+  '{"object":1,"call":"LocaleID","let":2057}' \
+  '{"object":1,"call":"ExpandTranslation","args":[4,["a","b"]]}' \
+  '{"object":1,"call":"FarEasternLocale"}' \
+  '{"call":"ResourceManager.LoadResString","args":[1]}' \
+  | env LC_ALL=en_US.UTF-8 "$orvo" batch)
+manager_want='{"result":{"object":1,"class":"ResourceManager"},"byref":{"FileStub":"Mgr","SearchDirectory":"'"$fixtures"'","LocaleID":1041}}
+{"result":"一\r\n二"}
+{"error":{"number":-2147159740,"description":"No string located for resource number 3  in Mgr411.dll","source":"orvoGeneric DLL"}}
+{"result":null}
+{"result":"Value a of b"}
+{"result":false}
+{"error":{"number":429,"description":"ActiveX component can'"'"'t create object: ResourceManager is handed out by FactoryMethods only","source":"orvo"}}'
+if [[ "$manager_out" != "$manager_want" ]]; then
+  printf 'FAIL: resource manager batch\n  want: %s\n  got:  %s\n' "$manager_want" "$manager_out"
+  fails=$((fails + 1))
+fi
+
 # The text-file verbs: detection, counting and a round trip through UTF-16 and back.
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

@@ -24,7 +24,11 @@ SCALARS = {
     "Currency": ("Currency", "Currency"),
     "Date": ("Date", "Date"),
     "Collection": ("const std::shared_ptr<Collection>&", "std::shared_ptr<Collection>"),
+    # Any automation object (a font a host hands in, ...), reached by late binding.
+    "Object": ("const std::shared_ptr<Object>&", "std::shared_ptr<Object>"),
 }
+# Names of the classes declared in the file being read: a member may take or return one.
+CLASSES = set()
 ENUMS = {
     "orvoAlignConstants", "enumFindWindow", "enumCodePages", "enumFileEncoding",
     "enumGetPathFromClipboardSearch", "CreateMutexEnum", "enumLOCALE_LCID",
@@ -48,7 +52,7 @@ class Param:
         self.name = m["name"]
         self.default = m["default"]
         self.optional = bool(m["opt"]) or self.default is not None
-        if self.type not in SCALARS and self.type not in ENUMS:
+        if self.type not in SCALARS and self.type not in ENUMS and self.type not in CLASSES:
             raise IdlError(f"{where}: unknown type {self.type}")
         if self.optional and not self.inout and self.default is None and self.type != "Variant":
             raise IdlError(f"{where}: optional {self.name} needs a default")
@@ -58,6 +62,8 @@ class Param:
         return self.type + ("[]" if self.array else "")
 
     def value_type(self):
+        if self.type in CLASSES:
+            return f"std::shared_ptr<{self.type}>"
         return SCALARS[self.type][1] if self.type in SCALARS else self.type
 
     def cpp_decl(self):
@@ -69,7 +75,10 @@ class Param:
         elif self.inout:
             decl = f"{self.value_type()}& {self.name}"
         else:
-            cpp = SCALARS[self.type][0] if self.type in SCALARS else self.type
+            if self.type in CLASSES:
+                cpp = f"const std::shared_ptr<{self.type}>&"
+            else:
+                cpp = SCALARS[self.type][0] if self.type in SCALARS else self.type
             decl = f"{cpp} {self.name}"
         if self.optional and not self.inout:
             decl += " = " + (cpp_default(self) if self.default is not None else "Variant::missing()")
@@ -122,12 +131,15 @@ class Member:
         self.name = m["name"]
         body = m["params"].strip()
         self.params = [Param(p, where) for p in split_params(body)] if body else []
-        if self.result != "void" and self.result not in SCALARS and self.result not in ENUMS:
+        if (self.result != "void" and self.result not in SCALARS and self.result not in ENUMS
+                and self.result not in CLASSES):
             raise IdlError(f"{where}: unknown result type {self.result}")
 
     def cpp_result(self):
         if self.result == "void":
             return "void"
+        if self.result in CLASSES:
+            return f"std::shared_ptr<{self.result}>"
         return SCALARS[self.result][1] if self.result in SCALARS else self.result
 
 
@@ -151,13 +163,22 @@ class Klass:
         self.is_global = "global" in flags
         self.creatable = "creatable" in flags
         self.oncreate = "oncreate" in flags
+        # stateful: the object keeps state of its own, in an Impl its Class_Initialize makes.
+        self.stateful = "stateful" in flags
         self.members = []
 
 
 def parse(path):
     classes, cur = [], None
     with open(path, encoding="utf-8") as f:
-        for n, raw in enumerate(f, 1):
+        lines = f.readlines()
+    # Classes may name each other before their declaration.
+    for raw in lines:
+        m = re.match(r"\s*class\s+(\w+)", raw)
+        if m:
+            CLASSES.add(m[1])
+    if True:
+        for n, raw in enumerate(lines, 1):
             # Only whole-line comments: a default text may contain "#".
             line = "" if raw.lstrip().startswith("#") else raw.strip()
             if not line:
@@ -168,6 +189,8 @@ def parse(path):
                 if cur:
                     raise IdlError(f"{where}: class inside class")
                 cur = Klass(m[1], m[2].split())
+                if cur.stateful and not cur.oncreate:
+                    raise IdlError(f"{where}: a stateful class needs oncreate to make its state")
                 continue
             if line == "end":
                 if not cur:
@@ -201,6 +224,7 @@ def gen_header(classes):
         "namespace orvo {",
         "",
     ]
+    out += [f"class {c.name};" for c in classes] + [""]
     for c in classes:
         out.append(f"class ORVO_API {c.name} : public Object {{")
         out.append(" public:")
@@ -213,10 +237,17 @@ def gen_header(classes):
             if m.kind == "PropertyLet":
                 params = f"{m.params[0].cpp_decl().replace(' RHS', ' value')}"
             out.append(f"  {m.cpp_result()} {m.name}({params});")
+        if c.stateful:
+            out.append("")
+            out.append("  // The object's own state, defined where the class is implemented.")
+            out.append("  struct Impl;")
+            out.append("  [[nodiscard]] Impl& impl() const noexcept { return *impl_; }")
         if c.oncreate:
             out.append("")
             out.append(" private:")
             out.append("  void Class_Initialize();")
+        if c.stateful:
+            out.append("  std::shared_ptr<Impl> impl_;")
         out.append("};")
         out.append("")
     out.append("}  // namespace orvo")
