@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "files/files_fixture.hpp"
+#include "frame/parent_app.hpp"
 #include "frame/state.hpp"
 #include "orvogeneric/automation.hpp"
 #include "orvogeneric/classes.hpp"
@@ -128,6 +129,26 @@ TEST_F(Manager, TheThreadsLocaleFallsBackSilentlyAnExplicitOneDoesNot) {
   // Assigning the same locale again makes the choice explicit without reloading.
   fromThread->LocaleID(1041);
   EXPECT_EQ(test::errorNumber([&] { fromThread->LoadResString(3); }), kNoString);
+}
+
+TEST_F(Manager, BareNamesAreLookedForBesideTheApplicationThenInTheCurrentDirectory) {
+  const auto app = dir_ / "app";
+  std::filesystem::create_directory(app);
+  std::filesystem::rename(dir_ / "Mgr809.dll", app / "Mgr809.dll");
+  frame::StaticGlobals::instance().resetForTesting();
+  frame::InitialiseParentAppProperties(fromUtf8(app.string()), u"Model");
+  const auto previous = std::filesystem::current_path();
+  std::filesystem::current_path(dir_);
+  String stub = u"Mgr";
+  String none;
+  std::int32_t japanese = 1041;
+  const auto manager = FactoryMethods().GetResourceManager(stub, &none, &japanese);
+  std::filesystem::current_path(previous);
+  frame::StaticGlobals::instance().resetForTesting();
+  EXPECT_EQ(manager->SearchDirectory(), u"");
+  EXPECT_EQ(manager->LoadResString(1), u"こんにちは");  // Mgr411.dll, in the current directory
+  manager->LocaleID(2057);
+  EXPECT_EQ(manager->LoadResString(3), u"British only");  // Mgr809.dll, beside the application
 }
 
 TEST_F(Manager, AFailedLocaleLeavesTheFallbackServing) {
