@@ -1,11 +1,14 @@
 // The satellite string-table reader on any bytes: a table or a reason, never a crash or a read
 // past the input; a table is ordered, free of duplicates and empty strings, no bigger than the
-// input could hold, and every listed string is found again by its language and id.
+// input could hold, and every listed string is found again by its language and id. The loader's
+// choice of language then gives, for every listed id, a string of that id in some language of
+// the table, cut to the buffer.
 #include <cstddef>
 #include <cstdint>
 #include <span>
 
 #include "resources/pe_strings.hpp"
+#include "resources/satellite_loader.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace orvo::resources;
@@ -34,5 +37,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::size_t listed = 0;
   for (const std::uint16_t language : table.languages()) listed += table.strings(language).size();
   if (listed != table.entries().size()) __builtin_trap();
+
+  Satellite satellite{table, table.languages()};
+  for (const auto& e : table.entries()) {
+    const auto text = loadSatelliteString(satellite, e.id, 8);
+    if (!text) continue;  // the chosen language has the block but not this id
+    if (text->empty() || text->size() > 7) __builtin_trap();
+    bool inSomeLanguage = false;
+    for (const std::uint16_t language : satellite.languages) {
+      const auto candidate = table.find(language, e.id);
+      inSomeLanguage |= candidate && candidate->substr(0, 7) == *text;
+    }
+    if (!inSomeLanguage) __builtin_trap();
+  }
   return 0;
 }
