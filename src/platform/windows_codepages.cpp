@@ -59,6 +59,23 @@ inline std::size_t asciiBlock(const std::uint8_t* in, char16_t* out) {
 #endif
 }
 
+// The same for eight bytes, for the tail of a line too short for sixteen.
+inline std::size_t asciiBlock8(const std::uint8_t* in, char16_t* out) {
+#if defined(__SSE2__)
+  const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(in));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi8(v, _mm_setzero_si128()));
+  const unsigned high = static_cast<unsigned>(_mm_movemask_epi8(v)) & 0xFFU;
+  return high == 0 ? 8 : static_cast<std::size_t>(__builtin_ctz(high));
+#else
+  std::size_t k = 0;
+  while (k < 8 && in[k] < 0x80) {
+    out[k] = in[k];
+    ++k;
+  }
+  return k;
+#endif
+}
+
 // Narrows the eight units at in to out and returns how many of them lead below 0x80.
 inline std::size_t asciiBlock(const char16_t* in, std::uint8_t* out) {
 #if defined(__SSE2__)
@@ -96,6 +113,17 @@ std::size_t decodeTable(const tables::CodePageTable& t, const std::uint8_t* in, 
         const auto j = static_cast<std::size_t>(__builtin_ctz(high));
         out[j] = t.single[in[i + j]];
       }
+    }
+    if (i + 8 <= n) {
+      const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(in + i));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi8(v, _mm_setzero_si128()));
+      for (auto high = static_cast<unsigned>(_mm_movemask_epi8(v)) & 0xFFU; high != 0;
+           high &= high - 1) {
+        const auto j = static_cast<std::size_t>(__builtin_ctz(high));
+        out[j] = t.single[in[i + j]];
+      }
+      i += 8;
+      out += 8;
     }
   }
 #endif
@@ -163,11 +191,22 @@ std::size_t decodeUtf8(const std::uint8_t* in, std::size_t n, char16_t* out) {
       out += k;
       i += k;
       if (k == 16) continue;
+    } else if (i + 8 <= n) {
+      const std::size_t k = asciiBlock8(in + i, out);
+      out += k;
+      i += k;
+      if (k == 8) continue;
     } else if (in[i] < 0x80) {
       *out++ = in[i++];
       continue;
     }
     const std::uint8_t b = in[i];
+    // Two-byte characters (western accents) before the general rules.
+    if (b >= 0xC2 && b <= 0xDF && i + 1 < n && (in[i + 1] & 0xC0) == 0x80) {
+      *out++ = static_cast<char16_t>((b & 0x1F) << 6 | (in[i + 1] & 0x3F));
+      i += 2;
+      continue;
+    }
     const std::size_t len = b >= 0xC2 && b <= 0xDF   ? 2
                             : b >= 0xE0 && b <= 0xEF ? 3
                             : b >= 0xF0 && b <= 0xF4 ? 4
