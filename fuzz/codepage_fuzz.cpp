@@ -37,6 +37,47 @@ std::vector<std::uint8_t> referenceEncode(const CodePageTable& t, const std::u16
   return out;
 }
 
+// UTF-8 written one character at a time, lone surrogates as U+FFFD.
+std::vector<std::uint8_t> referenceUtf8(const std::u16string& text) {
+  std::vector<std::uint8_t> out;
+  const auto put = [&out](char32_t b) { out.push_back(static_cast<std::uint8_t>(b)); };
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    char32_t c = text[i];
+    if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
+        text[i + 1] <= 0xDFFF) {
+      c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00);
+    } else if (c >= 0xD800 && c <= 0xDFFF) {
+      c = 0xFFFD;
+    }
+    if (c < 0x80) {
+      put(c);
+    } else if (c < 0x800) {
+      put(0xC0 | c >> 6);
+      put(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+      put(0xE0 | c >> 12);
+      put(0x80 | (c >> 6 & 0x3F));
+      put(0x80 | (c & 0x3F));
+    } else {
+      put(0xF0 | c >> 18);
+      put(0x80 | (c >> 12 & 0x3F));
+      put(0x80 | (c >> 6 & 0x3F));
+      put(0x80 | (c & 0x3F));
+    }
+  }
+  return out;
+}
+
+// Units mostly below 0x800, so that the eight-at-once paths of the UTF-8 writer are taken: the
+// high bits of each input unit are folded away unless its top bit asks for the whole unit.
+std::u16string narrowUnits(const std::u16string& units) {
+  std::u16string out(units);
+  for (char16_t& c : out) {
+    if ((c & 0x8000) == 0) c = static_cast<char16_t>(c % 0x900);
+  }
+  return out;
+}
+
 // Each UTF-16 round trip through UTF-8 keeps every unit except lone surrogates.
 std::u16string withoutLoneSurrogates(const std::u16string& text) {
   std::u16string out;
@@ -73,6 +114,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<char16_t> back(b);
     const std::size_t r = cp::multiByteToWide(cp::kCodePageUtf8, {narrow.data(), b}, back.data());
     if (std::u16string(back.data(), r) != withoutLoneSurrogates(units)) __builtin_trap();
+    if (std::vector<std::uint8_t>(narrow.begin(),
+                                  narrow.begin() + static_cast<std::ptrdiff_t>(b)) !=
+        referenceUtf8(units)) {
+      __builtin_trap();
+    }
+    const std::u16string mostlyNarrow = narrowUnits(units);
+    const std::size_t m = cp::wideToMultiByte(cp::kCodePageUtf8, mostlyNarrow, narrow.data());
+    if (std::vector<std::uint8_t>(narrow.begin(),
+                                  narrow.begin() + static_cast<std::ptrdiff_t>(m)) !=
+        referenceUtf8(mostlyNarrow)) {
+      __builtin_trap();
+    }
     return 0;
   }
   const CodePageTable& t = cp::tables::kCodePages[pick];

@@ -9,6 +9,10 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+#include <immintrin.h>
+#define ORVO_UTF8_SHUFFLE 1
+#endif
 
 #include "platform/codepage.hpp"
 #include "platform/codepage_tables.hpp"
@@ -244,8 +248,39 @@ std::size_t decodeUtf8(const std::uint8_t* in, std::size_t n, char16_t* out) {
   return static_cast<std::size_t>(out - start);
 }
 
-// A surrogate that is not half of a pair is written as U+FFFD.
-std::size_t encodeUtf8(const char16_t* in, std::size_t n, std::uint8_t* out) {
+// One character from in[i] (two units for a surrogate pair, i moved past the first); a
+// surrogate that is not half of a pair is written as U+FFFD.
+inline std::uint8_t* encodeUtf8Unit(const char16_t* in, std::size_t& i, std::size_t n,
+                                    std::uint8_t* out) {
+  char32_t c = in[i];
+  if (c < 0x80) {
+    *out++ = static_cast<std::uint8_t>(c);
+    return out;
+  }
+  if (c < 0x800) {  // western accents, the common case, before the surrogate tests
+    out[0] = static_cast<std::uint8_t>(0xC0 | (c >> 6));
+    out[1] = static_cast<std::uint8_t>(0x80 | (c & 0x3F));
+    return out + 2;
+  }
+  if (c >= 0xD800 && c <= 0xDBFF && i + 1 < n && in[i + 1] >= 0xDC00 && in[i + 1] <= 0xDFFF) {
+    c = 0x10000 + ((c - 0xD800) << 10) + (in[i + 1] - 0xDC00);
+    ++i;
+  } else if (c >= 0xD800 && c <= 0xDFFF) {
+    c = 0xFFFD;
+  }
+  if (c < 0x10000) {
+    *out++ = static_cast<std::uint8_t>(0xE0 | (c >> 12));
+    *out++ = static_cast<std::uint8_t>(0x80 | ((c >> 6) & 0x3F));
+  } else {
+    *out++ = static_cast<std::uint8_t>(0xF0 | (c >> 18));
+    *out++ = static_cast<std::uint8_t>(0x80 | ((c >> 12) & 0x3F));
+    *out++ = static_cast<std::uint8_t>(0x80 | ((c >> 6) & 0x3F));
+  }
+  *out++ = static_cast<std::uint8_t>(0x80 | (c & 0x3F));
+  return out;
+}
+
+std::size_t encodeUtf8Portable(const char16_t* in, std::size_t n, std::uint8_t* out) {
   std::uint8_t* const start = out;
   for (std::size_t i = 0; i < n; ++i) {
     if (i + 8 <= n) {
@@ -257,34 +292,84 @@ std::size_t encodeUtf8(const char16_t* in, std::size_t n, std::uint8_t* out) {
         continue;
       }
     }
-    char32_t c = in[i];
-    if (c < 0x80) {
-      *out++ = static_cast<std::uint8_t>(c);
-      continue;
-    }
-    if (c < 0x800) {  // western accents, the common case, before the surrogate tests
-      out[0] = static_cast<std::uint8_t>(0xC0 | (c >> 6));
-      out[1] = static_cast<std::uint8_t>(0x80 | (c & 0x3F));
-      out += 2;
-      continue;
-    }
-    if (c >= 0xD800 && c <= 0xDBFF && i + 1 < n && in[i + 1] >= 0xDC00 && in[i + 1] <= 0xDFFF) {
-      c = 0x10000 + ((c - 0xD800) << 10) + (in[i + 1] - 0xDC00);
-      ++i;
-    } else if (c >= 0xD800 && c <= 0xDFFF) {
-      c = 0xFFFD;
-    }
-    if (c < 0x10000) {
-      *out++ = static_cast<std::uint8_t>(0xE0 | (c >> 12));
-      *out++ = static_cast<std::uint8_t>(0x80 | ((c >> 6) & 0x3F));
-    } else {
-      *out++ = static_cast<std::uint8_t>(0xF0 | (c >> 18));
-      *out++ = static_cast<std::uint8_t>(0x80 | ((c >> 12) & 0x3F));
-      *out++ = static_cast<std::uint8_t>(0x80 | ((c >> 6) & 0x3F));
-    }
-    *out++ = static_cast<std::uint8_t>(0x80 | (c & 0x3F));
+    out = encodeUtf8Unit(in, i, n, out);
   }
   return static_cast<std::size_t>(out - start);
+}
+
+#if defined(ORVO_UTF8_SHUFFLE)
+// For eight units below 0x800, each one byte (ASCII) or two: the byte shuffle that keeps, for
+// lane j, its low byte and, when bit j of the index is set, its high byte too.
+struct Utf8Shuffles {
+  std::uint8_t bytes[256][16];
+};
+constexpr Utf8Shuffles makeUtf8Shuffles() {
+  Utf8Shuffles t{};
+  for (unsigned mask = 0; mask < 256; ++mask) {
+    unsigned k = 0;
+    for (unsigned j = 0; j < 8; ++j) {
+      t.bytes[mask][k++] = static_cast<std::uint8_t>(2 * j);
+      if ((mask >> j & 1U) != 0) t.bytes[mask][k++] = static_cast<std::uint8_t>(2 * j + 1);
+    }
+    while (k < 16) t.bytes[mask][k++] = 0x80;  // zero: past the end of the written bytes
+  }
+  return t;
+}
+alignas(16) constexpr Utf8Shuffles kUtf8Shuffles = makeUtf8Shuffles();
+
+// Text with an accent every few words never has a long ASCII run, so eight units are encoded at
+// once whenever none needs three bytes: ASCII lanes as one byte, the others as their two-byte
+// form, squeezed together by one byte shuffle (SSSE3, chosen at run time).
+__attribute__((target("ssse3"))) std::size_t encodeUtf8Shuffle(const char16_t* in, std::size_t n,
+                                                               std::uint8_t* out) {
+  std::uint8_t* const start = out;
+  std::size_t i = 0;
+  while (i + 8 <= n) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
+    const __m128i ascii = _mm_cmpeq_epi16(
+        _mm_and_si128(v, _mm_set1_epi16(static_cast<short>(0xFF80))), _mm_setzero_si128());
+    if (_mm_movemask_epi8(ascii) == 0xFFFF) {
+      _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(v, v));
+      out += 8;
+      i += 8;
+      continue;
+    }
+    const __m128i twoByte = _mm_cmpeq_epi16(
+        _mm_and_si128(v, _mm_set1_epi16(static_cast<short>(0xF800))), _mm_setzero_si128());
+    if (_mm_movemask_epi8(twoByte) != 0xFFFF) {
+      // A character of three or four bytes, or a surrogate: these eight go one by one (a pair
+      // may take the ninth unit with it).
+      for (const std::size_t end = i + 8; i < end; ++i) out = encodeUtf8Unit(in, i, n, out);
+      continue;
+    }
+    const __m128i lead = _mm_or_si128(_mm_srli_epi16(v, 6), _mm_set1_epi16(0x00C0));
+    const __m128i trail = _mm_slli_epi16(
+        _mm_or_si128(_mm_and_si128(v, _mm_set1_epi16(0x003F)), _mm_set1_epi16(0x0080)), 8);
+    const __m128i lanes =
+        _mm_or_si128(_mm_and_si128(ascii, v), _mm_andnot_si128(ascii, _mm_or_si128(lead, trail)));
+    const auto twoMask =
+        static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(
+                                  _mm_xor_si128(ascii, _mm_set1_epi16(-1)), _mm_setzero_si128())) &
+                              0xFF);
+    const __m128i shuffle =
+        _mm_load_si128(reinterpret_cast<const __m128i*>(kUtf8Shuffles.bytes[twoMask]));
+    // Sixteen bytes are stored for at most sixteen written: the output holds three bytes per
+    // unit, and at least eight units remain.
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_shuffle_epi8(lanes, shuffle));
+    out += 8 + static_cast<std::size_t>(std::popcount(twoMask));
+    i += 8;
+  }
+  for (; i < n; ++i) out = encodeUtf8Unit(in, i, n, out);
+  return static_cast<std::size_t>(out - start);
+}
+#endif
+
+std::size_t encodeUtf8(const char16_t* in, std::size_t n, std::uint8_t* out) {
+#if defined(ORVO_UTF8_SHUFFLE)
+  static const bool shuffle = __builtin_cpu_supports("ssse3") != 0;
+  if (shuffle) return encodeUtf8Shuffle(in, n, out);
+#endif
+  return encodeUtf8Portable(in, n, out);
 }
 
 }  // namespace
