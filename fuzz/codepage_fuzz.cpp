@@ -3,11 +3,13 @@
 // give exactly the same text and bytes, and stay inside buffers of the documented sizes.
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "fuzz_input.hpp"
 #include "platform/codepage.hpp"
 #include "platform/codepage_tables.hpp"
+#include "support/reference_utf8.hpp"
 
 namespace {
 
@@ -33,37 +35,6 @@ std::vector<std::uint8_t> referenceEncode(const CodePageTable& t, const std::u16
     const std::uint16_t v = t.pages[t.pageOf[c >> 8] * 256U + (c & 0xFF)];
     if (v >= 0x100) out.push_back(static_cast<std::uint8_t>(v >> 8));
     out.push_back(static_cast<std::uint8_t>(v));
-  }
-  return out;
-}
-
-// UTF-8 written one character at a time, lone surrogates as U+FFFD.
-std::vector<std::uint8_t> referenceUtf8(const std::u16string& text) {
-  std::vector<std::uint8_t> out;
-  const auto put = [&out](char32_t b) { out.push_back(static_cast<std::uint8_t>(b)); };
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char32_t c = text[i];
-    if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
-        text[i + 1] <= 0xDFFF) {
-      c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00);
-    } else if (c >= 0xD800 && c <= 0xDFFF) {
-      c = 0xFFFD;
-    }
-    if (c < 0x80) {
-      put(c);
-    } else if (c < 0x800) {
-      put(0xC0 | c >> 6);
-      put(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-      put(0xE0 | c >> 12);
-      put(0x80 | (c >> 6 & 0x3F));
-      put(0x80 | (c & 0x3F));
-    } else {
-      put(0xF0 | c >> 18);
-      put(0x80 | (c >> 12 & 0x3F));
-      put(0x80 | (c >> 6 & 0x3F));
-      put(0x80 | (c & 0x3F));
-    }
   }
   return out;
 }
@@ -114,16 +85,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<char16_t> back(b);
     const std::size_t r = cp::multiByteToWide(cp::kCodePageUtf8, {narrow.data(), b}, back.data());
     if (std::u16string(back.data(), r) != withoutLoneSurrogates(units)) __builtin_trap();
-    if (std::vector<std::uint8_t>(narrow.begin(),
-                                  narrow.begin() + static_cast<std::ptrdiff_t>(b)) !=
-        referenceUtf8(units)) {
+    if (std::string(narrow.begin(), narrow.begin() + static_cast<std::ptrdiff_t>(b)) !=
+        orvo::test::referenceUtf8(units)) {
       __builtin_trap();
     }
     const std::u16string mostlyNarrow = narrowUnits(units);
     const std::size_t m = cp::wideToMultiByte(cp::kCodePageUtf8, mostlyNarrow, narrow.data());
-    if (std::vector<std::uint8_t>(narrow.begin(),
-                                  narrow.begin() + static_cast<std::ptrdiff_t>(m)) !=
-        referenceUtf8(mostlyNarrow)) {
+    if (std::string(narrow.begin(), narrow.begin() + static_cast<std::ptrdiff_t>(m)) !=
+        orvo::test::referenceUtf8(mostlyNarrow)) {
       __builtin_trap();
     }
     return 0;

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "support/reference_utf8.hpp"
 #include "support/test_support.hpp"
 
 namespace orvo::platform {
@@ -179,32 +180,6 @@ TEST(CodePageTest, BuffersOfAnySizeConvertAsWholes) {
   EXPECT_EQ(wideToMultiByte(kCodePageUtf8, String(1, u'\xD800')), "\xEF\xBF\xBD");
 }
 
-// UTF-8 written one character at a time, lone surrogates as U+FFFD.
-std::string referenceUtf8(const String& text) {
-  std::string out;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char32_t c = text[i];
-    if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
-        text[i + 1] <= 0xDFFF) {
-      c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00);
-    } else if (c >= 0xD800 && c <= 0xDFFF) {
-      c = 0xFFFD;
-    }
-    const auto put = [&](char32_t b) { out += static_cast<char>(b); };
-    if (c < 0x80) {
-      put(c);
-    } else if (c < 0x800) {
-      put(0xC0 | c >> 6), put(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-      put(0xE0 | c >> 12), put(0x80 | (c >> 6 & 0x3F)), put(0x80 | (c & 0x3F));
-    } else {
-      put(0xF0 | c >> 18), put(0x80 | (c >> 12 & 0x3F)), put(0x80 | (c >> 6 & 0x3F)),
-          put(0x80 | (c & 0x3F));
-    }
-  }
-  return out;
-}
-
 TEST(CodePageTest, Utf8EncodingOfEveryMixOfCharacterWidths) {
   // Eight units go at once when none needs three bytes; every width, the edges between them and
   // surrogates (paired, lone, a pair across two blocks) are mixed at random lengths and offsets.
@@ -224,7 +199,7 @@ TEST(CodePageTest, Utf8EncodingOfEveryMixOfCharacterWidths) {
       text += mostlyAscii && r % 4 != 0 ? static_cast<char16_t>(u'a' + r % 26)
                                         : alphabet[r % std::size(alphabet)];
     }
-    ASSERT_EQ(wideToMultiByte(kCodePageUtf8, text), referenceUtf8(text)) << round;
+    ASSERT_EQ(wideToMultiByte(kCodePageUtf8, text), test::referenceUtf8(text)) << round;
   }
 }
 
