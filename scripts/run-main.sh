@@ -30,5 +30,18 @@ echo "length unit: $("$orvo" ini get "$work/model.ini" units LENGTH)"
 "$orvo" ini set "$work/model.ini" Output Folder "results run 7"
 echo "-- after two writes (only their lines changed):"
 cat "$work/model.ini"
+echo "== satellite libraries: a string table, and a resource manager on it"
+"$orvo" strings tests/resources/fixtures/Mgr411.dll
+# Japanese chosen explicitly: string 3 is missing there, which is an error, not a silent
+# fallback; after the switch to British English the template comes from Mgr809.dll.
+manager_lines=(
+  '{"call":"FactoryMethods.GetResourceManager","args":["Mgr","tests/resources/fixtures",1041]}'
+  '{"object":1,"call":"LoadResString","args":[2]}'
+  '{"object":1,"call":"LoadResString","args":[3]}'
+  '{"object":1,"call":"LocaleID","let":2057}'
+  '{"object":1,"call":"ExpandTranslation","args":[4,["3","12"]]}'
+)
+printf '%s\n' "${manager_lines[@]}" | env LC_ALL=en_US.UTF-8 "$orvo" batch |
+  paste -d '\n' <(printf '> %s\n' "${manager_lines[@]}") -
 echo "== one call"
 "$orvo" call StringUtilities.ExpandString '%1 of %0' '["a","b"]'
