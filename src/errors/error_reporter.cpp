@@ -20,8 +20,6 @@ String& logPath() {
   return path;
 }
 
-String decimal(std::int64_t n) { return fromUtf8(std::to_string(n)); }
-
 // Appends one block to the error log as ANSI text; false when it could not be written.
 bool appendLogEntry(const String& path, const String& report) {
   const auto rs = platform::userRegionalSettings();
@@ -40,7 +38,7 @@ bool appendLogEntry(const String& path, const String& report) {
 void showUnexpected(std::u16string_view procedure, const Error& e) {
   // Deliberately no blank between ")" and the description.
   userInterface()->messageBox(u"Unexpected error in " + String(procedure) + u": (" +
-                                  decimal(e.number()) + u")" + e.description(),
+                                  runtime::DecimalText(e.number()) + u")" + e.description(),
                               u"", vbExclamation | vbOKOnly);
 }
 
@@ -59,10 +57,10 @@ String ErrorLogFilePath() {
 String errorReportText(const Error& error, const String& procedure, const String& extraInfo) {
   String report;
   if (!extraInfo.empty()) report += extraInfo + u"\r\n";
-  report += u"VB error number: " + decimal(error.number());
+  report += u"VB error number: " + runtime::DecimalText(error.number());
   // Errors in the object-error range also show their offset from its base.
   const std::int64_t offset = static_cast<std::int64_t>(error.number()) + 2147221504LL;
-  if (offset >= 0 && offset <= 65535) report += u" (" + decimal(offset) + u")";
+  if (offset >= 0 && offset <= 65535) report += u" (" + runtime::DecimalText(offset) + u")";
   report += u", " + error.description() + u"\r\nError source: " + error.source() +
             u"\r\nProcedure: " + procedure;
   return report;

@@ -77,7 +77,7 @@ void HugeTextFile::fail(std::int32_t number, bool withSystemError) {
   const std::uint32_t system = file_.lastError();
   if (withSystemError && system != 0) {
     String text = platform::systemErrorText(system);
-    description += u"\r\nError " + fromUtf8(std::to_string(system)) + u"\r\n" +
+    description += u"\r\nError " + runtime::DecimalText(system) + u"\r\n" +
                    (text.empty() ? String(u"Unknown Error.") : text);
   }
   if (file_.isOpen()) {

@@ -70,9 +70,9 @@ void AutocompleteFilePaths(std::int32_t hwnd) {
     constexpr std::int32_t kFileSystem = 1;  // SHACF_FILESYSTEM
     const std::int32_t code = userInterface()->autoCompleteFilePaths(hwnd, kFileSystem);
     if (code < 0) {
-      frame::LibraryTrace(u"SHAutoComplete(" + fromUtf8(std::to_string(hwnd)) + u", " +
-                          fromUtf8(std::to_string(kFileSystem)) + u") failed. Return code " +
-                          fromUtf8(std::to_string(code)));
+      frame::LibraryTrace(u"SHAutoComplete(" + runtime::DecimalText(hwnd) + u", " +
+                          runtime::DecimalText(kFileSystem) + u") failed. Return code " +
+                          runtime::DecimalText(code));
     }
   });
 }

@@ -232,7 +232,7 @@ enumFileEncoding TextFileEncoding(const String& FileName, std::int32_t NumBytes)
   const bool utf8 = UTF8HeuristicCheck(FileName, kDefaultSampleBytes);
   const enumFileEncoding result = encodingOfSample(*sample, *length, utf8);
   known.add(FileName, result);
-  frame::LibraryTrace(u"File Encoding = " + fromUtf8(std::to_string(result)) + u", for file " +
+  frame::LibraryTrace(u"File Encoding = " + runtime::DecimalText(result) + u", for file " +
                       FileName);
   return result;
 }
@@ -261,7 +261,7 @@ VBool FileIsUnicode(const String& FilePath, enumFileEncoding* FileEncoding) {
   if (e == encBIN || e == encANSI) return VBool::False;
   if (e >= encUTF8_NB && e <= encUTF32_BE) return VBool::True;
   frame::LibraryTrace(u"FileIsUnicode found unhandled encoding case from TextFileEncoding: " +
-                      fromUtf8(std::to_string(e)));
+                      runtime::DecimalText(e));
   return VBool::False;
 }
 

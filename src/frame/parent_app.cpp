@@ -51,7 +51,7 @@ void writeLibraryInformationBlock() {
       u"  Comments              : " + info.comments,
       u"  DLL name              : " + info.moduleName,
       u"  DLL path              : " + info.directory,
-      u"  Start mode            : " + fromUtf8(std::to_string(info.startMode)),
+      u"  Start mode            : " + runtime::DecimalText(info.startMode),
       u"-----------------------------------------------------------",
       u"Parent App Properties -------------------------------------",
       u"ParentAppPath:              " + globals.parentAppPath(),

@@ -9,6 +9,7 @@
 #include "files/log.hpp"
 #include "frame/library_info.hpp"
 #include "frame/state.hpp"
+#include "runtime/strings.hpp"
 
 namespace orvo::frame {
 
@@ -34,7 +35,7 @@ TraceSink setTraceSink(TraceSink sink) {
 String tracePrefix() {
   static const String moduleName = libraryInfo().moduleName;
   const auto tid = static_cast<long>(syscall(SYS_gettid));
-  String field = moduleName + u" " + fromUtf8(std::to_string(tid));
+  String field = moduleName + u" " + runtime::DecimalText(tid);
   field.resize(25, u' ');
   return field;
 }

@@ -4,19 +4,18 @@
 
 #include "frame/trace.hpp"
 #include "orvogeneric/user_interface.hpp"
+#include "runtime/strings.hpp"
 
 namespace orvo::frame {
 
-namespace {
-String decimal(std::int32_t n) { return fromUtf8(std::to_string(n)); }
-}  // namespace
+namespace {}  // namespace
 
 void HandleError(std::u16string_view procedure, std::int32_t number,
                  std::u16string_view description, bool reraise) {
   const String handledBy = String(u"Error handled by ") + String(procedure);
   String report = u"Unexpected error (";
   report.append(procedure).append(u")\r\n");
-  report.append(decimal(number)).append(u": ").append(description).append(u"\r\n");
+  report.append(runtime::DecimalText(number)).append(u": ").append(description).append(u"\r\n");
   report.append(handledBy);
   // The report must never replace the error being handled: a failing trace is dropped.
   try {
@@ -60,7 +59,8 @@ void RaiseWithContext(std::u16string_view procedure, std::u16string_view context
                       std::u16string_view details, const Error& error) {
   String description = error.description();
   if (description == runtime::standardErrorText(error.number())) {
-    description = String(context) + u"\r\n" + decimal(error.number()) + u": " + description;
+    description =
+        String(context) + u"\r\n" + runtime::DecimalText(error.number()) + u": " + description;
   }
   if (!details.empty()) description.append(u"\r\n").append(details);
   description.append(u"\r\n").append(procedure);

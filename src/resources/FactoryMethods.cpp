@@ -58,12 +58,12 @@ std::shared_ptr<ResourceManager> FactoryMethods::GetResourceManagerUseINI(
   const String lines[] = {
       u"GetResourceManagerUseINI~~~~~~~~~~~~~~~~~~~~~~~~~~~~start",
       u"FileStub:                   " + m.FileStub(),
-      u"LocaleID:                   " + fromUtf8(std::to_string(m.LocaleID())),
+      u"LocaleID:                   " + runtime::DecimalText(m.LocaleID()),
       u"SearchDirectory:            " + m.SearchDirectory(),
       u"Locale.ini:                 " + iniPath,
       u"orvoGeneric Version:        " + info.version,
       u"Revision:                   " + info.revision,
-      u"WindowsCodePage:            " + fromUtf8(std::to_string(system::GetWindowsCodePage())),
+      u"WindowsCodePage:            " + runtime::DecimalText(system::GetWindowsCodePage()),
       u"GetResourceManagerUseINI~~~~~~~~~~~~~~~~~~~~~~~~~~~~~end",
   };
   for (const String& line : lines) frame::LibraryTrace(line);

@@ -25,8 +25,6 @@ constexpr std::int32_t kBritishEnglish = 2057;
 // The platform's string loader is handed a buffer of this many characters.
 constexpr std::size_t kStringBufferChars = 4096;
 
-String decimal(std::int64_t value) { return fromUtf8(std::to_string(value)); }
-
 [[noreturn]] void raise(std::uint32_t number, const String& description) {
   throw Error(static_cast<std::int32_t>(number), description, String(kSource));
 }
@@ -192,18 +190,18 @@ std::int32_t ResourceManager::LocaleID() { return impl_->localeID; }
 String ResourceManager::LoadResString(std::int32_t ResourceID) {
   const Impl& m = *impl_;
   if (ResourceID < 1 || ResourceID >= 65536) {
-    raise(0x8004F141, resources::LibraryMessage(322, {Variant(decimal(ResourceID))}));
+    raise(0x8004F141, resources::LibraryMessage(322, {Variant(runtime::DecimalText(ResourceID))}));
   }
   if (m.primary) {
     if (auto text = m.read(m.primary, ResourceID)) return std::move(*text);
     if (m.strict) {
-      raise(0x8004F144, resources::LibraryMessage(
-                            325, {Variant(decimal(ResourceID)), Variant(m.fileName(m.localeID))}));
+      raise(0x8004F144, resources::LibraryMessage(325, {Variant(runtime::DecimalText(ResourceID)),
+                                                        Variant(m.fileName(m.localeID))}));
     }
   }
   if (m.fallback) {
     if (auto text = m.read(m.fallback, ResourceID)) return std::move(*text);
-    raise(0x8004F144, resources::LibraryMessage(325, {Variant(decimal(ResourceID)),
+    raise(0x8004F144, resources::LibraryMessage(325, {Variant(runtime::DecimalText(ResourceID)),
                                                       Variant(m.fileName(kBritishEnglish))}));
   }
   // The one error of the class raised without the library's source.

@@ -4,6 +4,7 @@
 #include <unicode/utf16.h>
 
 #include <algorithm>
+#include <string>
 
 #include "runtime/errors.hpp"
 
@@ -88,6 +89,11 @@ std::int32_t InStrRev(std::u16string_view s, std::u16string_view find) noexcept 
   if (find.empty()) return static_cast<std::int32_t>(s.size());
   const auto pos = s.rfind(find);
   return pos == std::u16string_view::npos ? 0 : static_cast<std::int32_t>(pos + 1);
+}
+
+String DecimalText(std::int64_t n) {
+  const std::string digits = std::to_string(n);
+  return String(digits.begin(), digits.end());
 }
 
 String Replace(std::u16string_view s, std::u16string_view find, std::u16string_view with) {

@@ -29,6 +29,9 @@ String LCase(std::u16string_view s);
 std::int32_t InStr(std::int32_t start, std::u16string_view s, std::u16string_view find) noexcept;
 std::int32_t InStrRev(std::u16string_view s, std::u16string_view find) noexcept;
 
+// A whole number as decimal text, as the language's Str without its leading blank.
+String DecimalText(std::int64_t n);
+
 // Every occurrence, left to right, non-overlapping; an empty find returns s unchanged.
 String Replace(std::u16string_view s, std::u16string_view find, std::u16string_view with);
 

@@ -67,7 +67,7 @@ String ReadProfileString(const String& File, const String& Section, const String
       [&] {
         return detailLines(File, Section, Key) + u"\r\nText retrieved is shown below\r\n'" +
                buffer + u"'\r\nFirst " +
-               fromUtf8(std::to_string(std::min(buffer.size(), kQuotedBuffer))) +
+               runtime::DecimalText(std::min(buffer.size(), kQuotedBuffer)) +
                u" characters of buffer are shown below\r\n'" + buffer.substr(0, kQuotedBuffer) +
                u"'";
       },
@@ -218,7 +218,7 @@ VBool PutDoubleToINI(const String& File, const String& Section, const String& Ke
 
 VBool PutLongToINI(const String& File, const String& Section, const String& Key,
                    std::int32_t Entry) {
-  const String written = fromUtf8(std::to_string(Entry));
+  const String written = runtime::DecimalText(Entry);
   return putTyped<std::int32_t>(u"PutLongToINI",
                                 u"Unexpected error when writing an integer value to the INI file",
                                 File, Section, Key, written, written);

@@ -12,11 +12,7 @@
 
 namespace orvo::system {
 
-namespace {
-
-String decimal(std::int64_t n) { return fromUtf8(std::to_string(n)); }
-
-}  // namespace
+namespace {}  // namespace
 
 String ORVOMutexName(const String& Path, const String& Stub) {
   return frame::trap(u"ORVOMutexName", [&]() -> String {
@@ -41,7 +37,8 @@ std::int32_t CreateMutex(const String& Mutex, CreateMutexEnum& Status) {
       Status = handle != 0 ? nMUTEX_CREATED : nMUTEX_ERROR;
     }
     frame::LibraryTrace(u"CreateMutex: Mutex created " + Mutex + u": Mutex handle =" +
-                        decimal(handle) + u", LastDLLError = " + decimal(lastError));
+                        runtime::DecimalText(handle) + u", LastDLLError = " +
+                        runtime::DecimalText(lastError));
     return handle;
   });
 }
@@ -52,7 +49,8 @@ VBool MutexAlreadyExists(const String& MutexName) {
     const bool held = platform::namedMutexHeld(MutexName, lastError);
     // The platform's open gives a handle only while the name exists; it is closed at once.
     frame::LibraryTrace(u"MutexAlreadyExists: Mutex tested " + MutexName + u": Mutex handle =" +
-                        decimal(held ? 1 : 0) + u": LastDllError =" + decimal(lastError));
+                        runtime::DecimalText(held ? 1 : 0) + u": LastDllError =" +
+                        runtime::DecimalText(lastError));
     return toVBool(held);
   });
 }
@@ -104,7 +102,8 @@ VBool b1or0ToBoolean(std::int16_t nInput) {
   return frame::trap(u"b1or0ToBoolean", [&]() -> VBool {
     if (nInput == 0) return VBool::False;
     if (nInput == 1) return VBool::True;
-    frame::RaiseLibraryError(u"Invalid input value for conversion: nInput = " + decimal(nInput));
+    frame::RaiseLibraryError(u"Invalid input value for conversion: nInput = " +
+                             runtime::DecimalText(nInput));
   });
 }
 

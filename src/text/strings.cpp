@@ -36,15 +36,11 @@ void countedLoop(std::int64_t first, std::int64_t last, Body&& body) {
   }
 }
 
-String decimal(std::int64_t k) {
-  const std::string digits = std::to_string(k);
-  return String(digits.begin(), digits.end());
-}
-
 String expandWith(const String& Template, const std::vector<String>& texts) {
   String result = Template;
   for (std::size_t k = texts.size(); k-- > 0;) {
-    result = runtime::Replace(result, u"%" + decimal(static_cast<std::int64_t>(k)), texts[k]);
+    result = runtime::Replace(result, u"%" + runtime::DecimalText(static_cast<std::int64_t>(k)),
+                              texts[k]);
   }
   return result;
 }
