@@ -29,16 +29,6 @@ constexpr std::size_t kStringBufferChars = 4096;
   throw Error(static_cast<std::int32_t>(number), description, String(kSource));
 }
 
-// "%n" in a satellite string is a line break.
-String expandLineBreaks(String text) {
-  std::size_t at = 0;
-  while ((at = text.find(u"%n", at)) != String::npos) {
-    text.replace(at, 2, u"\r\n");
-    at += 2;
-  }
-  return text;
-}
-
 // The font's properties: a FontObject directly, anything else by late binding.
 class FontAccess {
  public:
@@ -132,7 +122,7 @@ struct ResourceManager::Impl {
     auto text =
         resources::loadSatelliteString(*handle, static_cast<std::uint16_t>(id), kStringBufferChars);
     if (!text) return std::nullopt;
-    return expandLineBreaks(std::move(*text));
+    return runtime::Replace(*text, u"%n", u"\r\n");  // "%n" is a line break
   }
 };
 

@@ -17,8 +17,8 @@ namespace {
 bool hasSeparator(const String& path) { return path.find_first_of(u"\\/") != String::npos; }
 
 bool isFile(const String& path) {
-  platform::File file;
-  return file.open(path, true, false, platform::Disposition::OpenExisting, true);
+  const auto attributes = platform::fileAttributes(path);
+  return attributes && (*attributes & platform::kAttributeDirectory) == 0;
 }
 
 // Loaded satellites by the path they were read from; an entry lives while a handle does.
