@@ -177,30 +177,29 @@ def parse(path):
         m = re.match(r"\s*class\s+(\w+)", raw)
         if m:
             CLASSES.add(m[1])
-    if True:
-        for n, raw in enumerate(lines, 1):
-            # Only whole-line comments: a default text may contain "#".
-            line = "" if raw.lstrip().startswith("#") else raw.strip()
-            if not line:
-                continue
-            where = f"{path}:{n}"
-            m = re.fullmatch(r"class\s+(\w+)((\s+\w+)*)", line)
-            if m:
-                if cur:
-                    raise IdlError(f"{where}: class inside class")
-                cur = Klass(m[1], m[2].split())
-                if cur.stateful and not cur.oncreate:
-                    raise IdlError(f"{where}: a stateful class needs oncreate to make its state")
-                continue
-            if line == "end":
-                if not cur:
-                    raise IdlError(f"{where}: end without class")
-                classes.append(cur)
-                cur = None
-                continue
+    for n, raw in enumerate(lines, 1):
+        # Only whole-line comments: a default text may contain "#".
+        line = "" if raw.lstrip().startswith("#") else raw.strip()
+        if not line:
+            continue
+        where = f"{path}:{n}"
+        m = re.fullmatch(r"class\s+(\w+)((\s+\w+)*)", line)
+        if m:
+            if cur:
+                raise IdlError(f"{where}: class inside class")
+            cur = Klass(m[1], m[2].split())
+            if cur.stateful and not cur.oncreate:
+                raise IdlError(f"{where}: a stateful class needs oncreate to make its state")
+            continue
+        if line == "end":
             if not cur:
-                raise IdlError(f"{where}: member outside class")
-            cur.members.append(Member(line, where, len(cur.members) + 1))
+                raise IdlError(f"{where}: end without class")
+            classes.append(cur)
+            cur = None
+            continue
+        if not cur:
+            raise IdlError(f"{where}: member outside class")
+        cur.members.append(Member(line, where, len(cur.members) + 1))
     if cur:
         raise IdlError(f"{path}: class {cur.name} has no end")
     return classes
