@@ -8,7 +8,7 @@
 
 #include "fuzz_input.hpp"
 #include "platform/codepage.hpp"
-#include "platform/codepage_tables.hpp"
+#include "platform/emulation/codepage_tables.hpp"
 #include "support/reference_utf8.hpp"
 
 namespace {

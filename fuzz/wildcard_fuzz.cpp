@@ -7,8 +7,8 @@
 #include <cstdint>
 
 #include "fuzz_input.hpp"
+#include "platform/emulation/name_order.hpp"
 #include "platform/file.hpp"
-#include "platform/name_order.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using orvo::String;

@@ -37,9 +37,10 @@ enum MsgBoxResult : std::int32_t {
   vbNo = 7,
 };
 
-// The library's only way to talk to the user. A process without a desktop gets a console
-// implementation; a host with its own windows installs one of its own, and tests install a
-// recording one.
+// The library's dialogs: the only way it talks to the user. A process without a desktop gets a
+// console implementation; a host with its own windows installs one of its own (the library's
+// Qt module is one), and tests install a recording one. What the library asks of the desktop
+// itself (other windows, the clipboard, the keyboard) is the Desktop of desktop.hpp.
 class ORVO_API UserInterface {
  public:
   UserInterface() = default;
@@ -54,9 +55,6 @@ class ORVO_API UserInterface {
   // returns the platform's result code, negative on failure. Without a desktop there is no edit
   // control to complete: the default does nothing and succeeds.
   virtual std::int32_t autoCompleteFilePaths(std::int32_t hwnd, std::int32_t flags);
-  // Whether the key with that virtual-key code is down at this moment. Without a desktop no
-  // key is: the default answers false.
-  virtual bool isKeyDown(std::int32_t virtualKey);
   // Shows an error report (the details, ending with "Details logged to: " when the report was
   // logged) in the error dialog. The default, without a desktop, is a critical message box.
   virtual void showErrorReport(std::u16string_view details, std::u16string_view logPath);

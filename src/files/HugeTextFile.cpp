@@ -10,6 +10,7 @@
 #include "files/textio.hpp"
 #include "frame/state.hpp"
 #include "frame/traps.hpp"
+#include "runtime/errors.hpp"
 #include "runtime/strings.hpp"
 #include "text/strings.hpp"
 
@@ -288,6 +289,9 @@ void HugeTextFile::decodeLine(std::span<const std::uint8_t> bytes, String& line)
     decodeBytes(bytes, codePage_, line);  // refused there, with the conversion's own error
     return;
   }
+  // Reading lines in a page that nothing can convert is a caller's mistake, told at the first
+  // line read rather than when the page is chosen.
+  if (!converter_.available()) runtime::raise(runtime::errInvalidProcedureCall);
   decodeBytes(bytes, converter_, line);
 }
 

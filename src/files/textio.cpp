@@ -43,11 +43,8 @@ void decodeBytes(std::span<const std::uint8_t> bytes, std::int32_t codePage, Str
   const std::uint32_t cp = effectiveCodePage(codePage);
   if (!platform::hasRecordedTables(cp)) {
     // A page the platform does not know converts to nothing, as its conversion fails there.
-    try {
-      out += platform::multiByteToWide(
-          cp, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
-    } catch (const Error&) {  // NOLINT(bugprone-empty-catch)
-    }
+    out += platform::multiByteToWide(
+        cp, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
     return;
   }
   out.resize(had + bytes.size());
@@ -78,10 +75,7 @@ void encodeText(std::u16string_view text, std::int32_t codePage, std::string& ou
   }
   const std::uint32_t cp = effectiveCodePage(codePage);
   if (!platform::hasRecordedTables(cp)) {
-    try {
-      out += platform::wideToMultiByte(cp, text);
-    } catch (const Error&) {  // NOLINT(bugprone-empty-catch)
-    }
+    out += platform::wideToMultiByte(cp, text);
     return;
   }
   out.resize(had + text.size() * 3);

@@ -1,14 +1,12 @@
 #include "frame/trace.hpp"
 
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include <mutex>
 #include <string>
 
 #include "files/log.hpp"
 #include "frame/library_info.hpp"
 #include "frame/state.hpp"
+#include "platform/thread.hpp"
 #include "runtime/strings.hpp"
 
 namespace orvo::frame {
@@ -34,8 +32,7 @@ TraceSink setTraceSink(TraceSink sink) {
 
 String tracePrefix() {
   static const String moduleName = libraryInfo().moduleName;
-  const auto tid = static_cast<long>(syscall(SYS_gettid));
-  String field = moduleName + u" " + runtime::DecimalText(tid);
+  String field = moduleName + u" " + runtime::DecimalText(platform::currentThreadId());
   field.resize(25, u' ');
   return field;
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -17,6 +18,12 @@ namespace orvo::platform {
 std::uint32_t systemAnsiCodePage();
 
 inline constexpr std::uint32_t kCodePageUtf8 = 65001;
+
+// Whether text converts to and from the page at all: the recorded pages, UTF-8, UTF-16 (1200,
+// 1201) and every page ICU has a table for. The conversions below give nothing for any other
+// page, as the platform's conversion fails there; callers that take a page from outside decide
+// whether that is an error.
+bool codePageAvailable(std::uint32_t codePage);
 
 // Text to bytes in a Windows code page as the platform converts with flags 0: best-fit
 // characters, the default character "?" for what the page cannot represent (one per UTF-16 code
@@ -44,16 +51,20 @@ class Converter {
   // per byte; encoding: three bytes per unit).
   std::size_t toWide(std::span<const std::uint8_t> bytes, char16_t* out) const;
   std::size_t fromWide(std::u16string_view text, std::uint8_t* out) const;
+  // Whether the page converts at all (codePageAvailable, decided once).
+  [[nodiscard]] bool available() const noexcept { return available_; }
 
  private:
   std::uint32_t codePage_;
   const void* table_;  // the recorded tables, when the page has them
+  bool available_;
 };
 
 namespace detail {
-// ICU's converters, for the pages without recorded tables.
-std::string icuWideToMultiByte(std::uint32_t codePage, std::u16string_view text);
-String icuMultiByteToWide(std::uint32_t codePage, std::string_view bytes);
+// ICU's converters, for the pages without recorded tables; nullopt where ICU has no table.
+bool icuHasConverter(std::uint32_t codePage);
+std::optional<std::string> icuWideToMultiByte(std::uint32_t codePage, std::u16string_view text);
+std::optional<String> icuMultiByteToWide(std::uint32_t codePage, std::string_view bytes);
 }  // namespace detail
 
 }  // namespace orvo::platform

@@ -3,6 +3,7 @@
 #include "files/fileutils.hpp"
 #include "frame/trace.hpp"
 #include "frame/traps.hpp"
+#include "orvogeneric/desktop.hpp"
 #include "orvogeneric/user_interface.hpp"
 #include "platform/file.hpp"
 #include "platform/process.hpp"
@@ -95,7 +96,7 @@ VBool WaitForProcess(std::int32_t taskId, std::int32_t milliseconds) {
 }
 
 VBool IsKeyDown(std::int32_t lKeyCode) {
-  return frame::trap(u"IsKeyDown", [&] { return toVBool(userInterface()->isKeyDown(lKeyCode)); });
+  return frame::trap(u"IsKeyDown", [&] { return toVBool(desktop()->isKeyDown(lKeyCode)); });
 }
 
 VBool b1or0ToBoolean(std::int16_t nInput) {

@@ -1,6 +1,7 @@
 #include "text/keypress.hpp"
 
 #include "frame/traps.hpp"
+#include "orvogeneric/desktop.hpp"
 #include "orvogeneric/user_interface.hpp"
 #include "platform/codepage.hpp"
 #include "runtime/strings.hpp"
@@ -122,7 +123,7 @@ VBool ValidRString(const String& text) {
 void ValidStr_worker(std::int16_t& KeyAscii, const String& BannedChars, VBool SuppressBeep) {
   frame::trapAndShow(u"ValidStr_worker", 0, [&] {
     // Shortcut keys pass while Control is held.
-    if (userInterface()->isKeyDown(kControlKey)) return 0;
+    if (desktop()->isKeyDown(kControlKey)) return 0;
     if (BannedChars.find(characterOf(KeyAscii)) != String::npos) reject(KeyAscii, SuppressBeep);
     return 0;
   });

@@ -5,6 +5,7 @@
 #include <random>
 #include <regex>
 
+#include "orvogeneric/desktop.hpp"
 #include "support/test_support.hpp"
 
 namespace orvo::text {
@@ -16,17 +17,29 @@ class KeyboardUi final : public UserInterface {
     return vbOK;
   }
   void beep() override { ++beeps; }
-  bool isKeyDown(std::int32_t key) override { return key == 17 && control; }
   int beeps = 0;
+};
+
+class Keyboard final : public Desktop {
+ public:
+  bool isKeyDown(std::int32_t key) override { return key == 17 && control; }
   bool control = false;
 };
 
 class KeyPress : public ::testing::Test {
  protected:
-  void SetUp() override { previous_ = setUserInterface(ui_); }
-  void TearDown() override { setUserInterface(previous_); }
+  void SetUp() override {
+    previous_ = setUserInterface(ui_);
+    previousDesktop_ = setDesktop(keyboard_);
+  }
+  void TearDown() override {
+    setUserInterface(previous_);
+    setDesktop(previousDesktop_);
+  }
   std::shared_ptr<KeyboardUi> ui_ = std::make_shared<KeyboardUi>();
+  std::shared_ptr<Keyboard> keyboard_ = std::make_shared<Keyboard>();
   std::shared_ptr<UserInterface> previous_;
+  std::shared_ptr<Desktop> previousDesktop_;
   test::ScopedLocale english_{"en_US.UTF-8"};
 };
 
@@ -87,7 +100,7 @@ TEST_F(KeyPress, BannedCharacters) {
   ValidStr_worker(a, u"\\/:", VBool::False);
   EXPECT_EQ(a, 'a');
   EXPECT_EQ(ui_->beeps, 1);
-  ui_->control = true;
+  keyboard_->control = true;
   backslash = '\\';
   ValidStr_worker(backslash, u"\\/:", VBool::False);
   EXPECT_EQ(backslash, '\\') << "shortcut keys pass while Control is held";

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes src/platform/posix/windows_locale_facts.inc from tests/golden/locale_info.tsv.
+"""Writes src/platform/emulation/windows_locale_facts.inc from tests/golden/locale_info.tsv.
 
 Two things the platform keeps per locale have no counterpart in ICU's data: the three-letter
 language abbreviation (LOCALE_SABBREVLANGNAME, "ENU", "DEU") and the list separator
@@ -46,7 +46,7 @@ def cpp_u16(text):
 def main():
     golden = sys.argv[1] if len(sys.argv) > 1 else os.path.join(ROOT, "tests/golden/locale_info.tsv")
     output = sys.argv[2] if len(sys.argv) > 2 else os.path.join(
-        ROOT, "src/platform/posix/windows_locale_facts.inc")
+        ROOT, "src/platform/emulation/windows_locale_facts.inc")
     facts = {}
     with open(golden, encoding="utf-8") as f:
         for line in f:

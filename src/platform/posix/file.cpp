@@ -11,7 +11,7 @@
 #include <cstring>
 #include <vector>
 
-#include "platform/name_order.hpp"
+#include "platform/emulation/name_order.hpp"
 #include "platform/posix/windows_errors.hpp"
 
 namespace orvo::platform {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/codepage.hpp"
-#include "platform/posix/windows_locale_facts.hpp"
+#include "platform/emulation/windows_locale_facts.hpp"
 #include "support/test_support.hpp"
 
 namespace orvo::platform {
@@ -198,7 +198,7 @@ TEST(LocaleInfoGolden, CodePageFactsOfEveryRecordedLocale) {
   int compared = 0;
   for (const InfoRow& row : recordedRows(u"W")) {
     if (row.type != 0x1004 && row.type != 0x0B) continue;
-    const auto pages = posix::windowsCodePages(row.lcid);
+    const auto pages = emulation::windowsCodePages(row.lcid);
     const auto page = row.type == 0x1004 ? pages.ansi : pages.oem;
     EXPECT_EQ(std::to_string(page), toUtf8(row.value)) << std::hex << row.lcid << " " << row.type;
     ++compared;

@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "platform/codepage.hpp"
+#include "platform/emulation/windows_locale_facts.hpp"
 #include "platform/locale.hpp"
-#include "platform/posix/windows_locale_facts.hpp"
 
 namespace orvo::platform {
 
@@ -81,7 +81,7 @@ constexpr bool isNeutral(std::uint32_t lcid) { return (lcid >> 10) == 0; }
 std::uint32_t specificLcid(const std::string& icuName) {
   if (icuName.empty() || country(icuName.c_str()).empty()) return 0;
   const std::uint32_t lcid = uloc_getLCID(icuName.c_str());
-  if (lcid == 0 || isNeutral(lcid) || lcid > 0xFFFF || !posix::isWindowsLocale(lcid)) return 0;
+  if (lcid == 0 || isNeutral(lcid) || lcid > 0xFFFF || !emulation::isWindowsLocale(lcid)) return 0;
   return country(localeForLcid(lcid).c_str()).empty() ? 0 : lcid;
 }
 
@@ -349,11 +349,11 @@ std::optional<String> valueOf(const Resolved& r, std::uint32_t type) {
     case kSLanguage:
       return englishLocaleName(r.record.namesFrom);
     case kSAbbrevLangName:
-      return String(posix::windowsLanguageAbbreviation(lcid));
+      return String(emulation::windowsLanguageAbbreviation(lcid));
     case kIDefaultCodePage:
-      return number(posix::windowsCodePages(lcid).oem);
+      return number(emulation::windowsCodePages(lcid).oem);
     case kIDefaultAnsiCodePage:
-      return number(posix::windowsCodePages(lcid).ansi);
+      return number(emulation::windowsCodePages(lcid).ansi);
     case kSName:
       return ascii(r.record.windowsName);
     case kSEngLanguage:
@@ -419,7 +419,7 @@ int getLocaleInfoA(std::uint32_t lcid, std::uint32_t lcType, char* buffer, int s
   std::uint32_t codePage = 0;
   if ((lcType & kLocaleUseCpAcp) == 0) {
     codePage =
-        found->first.invariant ? 1252 : posix::windowsCodePages(found->first.record.lcid).ansi;
+        found->first.invariant ? 1252 : emulation::windowsCodePages(found->first.record.lcid).ansi;
   }
   if (codePage == 0) codePage = systemAnsiCodePage();
   return copyOut(wideToMultiByte(codePage, *value), buffer, size);
@@ -459,20 +459,5 @@ std::uint32_t lcidForLocaleName(std::string_view localeName) {
   if (const std::uint32_t lcid = specificLcid(language)) return lcid;
   return 0x0409;
 }
-
-std::uint32_t systemDefaultLCID() {
-  // Asked for by every conversion in the system's code page: ICU's canonicalisation runs only
-  // when the environment names another locale.
-  thread_local std::string lastName;
-  thread_local std::uint32_t lastLcid = 0;
-  std::string name = userLocaleName("LC_CTYPE");
-  if (lastLcid == 0 || name != lastName) {
-    lastLcid = lcidForLocaleName(name);
-    lastName = std::move(name);
-  }
-  return lastLcid;
-}
-
-std::uint32_t userDefaultLCID() { return userRegionalSettings()->lcid; }
 
 }  // namespace orvo::platform

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/emulation/name_order.hpp"
 #include "platform/file.hpp"
-#include "platform/name_order.hpp"
 
 namespace orvo::platform {
 

@@ -1,5 +1,3 @@
-#include "platform/locale.hpp"
-
 #include <unicode/dcfmtsym.h>
 #include <unicode/decimfmt.h>
 #include <unicode/dtfmtsym.h>
@@ -13,8 +11,9 @@
 #include <mutex>
 #include <string_view>
 
+#include "platform/emulation/windows_locale_facts.hpp"
+#include "platform/locale.hpp"
 #include "platform/locale_info.hpp"
-#include "platform/posix/windows_locale_facts.hpp"
 
 namespace orvo::platform {
 
@@ -220,31 +219,17 @@ std::shared_ptr<const RegionalSettings> build(const std::string& name) {
       if (!o.timeFormat.empty()) rs->timeFormat = o.timeFormat;
     }
   }
-  const posix::WindowsCodePages pages = posix::windowsCodePages(rs->lcid);
+  const emulation::WindowsCodePages pages = emulation::windowsCodePages(rs->lcid);
   rs->ansiCodePage = pages.ansi;
   rs->oemCodePage = pages.oem;
   // CLDR has no list separator. Where the platform's table has none either, the platform's
   // habit is to separate lists with ";" wherever "," is the decimal separator.
-  rs->listSeparator = posix::windowsListSeparator(rs->lcid);
+  rs->listSeparator = emulation::windowsListSeparator(rs->lcid);
   if (rs->listSeparator.empty()) rs->listSeparator = rs->decimalSeparator == u"," ? u";" : u",";
   return rs;
 }
 
 }  // namespace
-
-std::string userLocaleName(const char* categoryVariable) {
-  const char* candidates[] = {"LC_ALL", categoryVariable, "LANG"};
-  for (const char* var : candidates) {
-    if (var == nullptr) continue;
-    const char* value = std::getenv(var);
-    if (value == nullptr || *value == '\0') continue;
-    std::string name(value);
-    if (const auto cut = name.find_first_of(".@"); cut != std::string::npos) name.erase(cut);
-    if (name.empty() || name == "C" || name == "POSIX") return "en_US";
-    return name;
-  }
-  return "en_US";
-}
 
 std::shared_ptr<const RegionalSettings> regionalSettingsFor(const std::string& localeName) {
   static std::mutex mutex;
@@ -253,10 +238,6 @@ std::shared_ptr<const RegionalSettings> regionalSettingsFor(const std::string& l
   auto& slot = cache[localeName];
   if (!slot) slot = build(localeName);
   return slot;
-}
-
-std::shared_ptr<const RegionalSettings> userRegionalSettings() {
-  return regionalSettingsFor(userLocaleName());
 }
 
 }  // namespace orvo::platform

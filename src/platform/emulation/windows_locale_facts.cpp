@@ -1,9 +1,9 @@
-#include "platform/posix/windows_locale_facts.hpp"
+#include "platform/emulation/windows_locale_facts.hpp"
 
 #include <algorithm>
 #include <iterator>
 
-namespace orvo::platform::posix {
+namespace orvo::platform::emulation {
 
 namespace {
 
@@ -71,7 +71,7 @@ struct LocaleFacts {
   std::u16string_view listSeparator;
 };
 constexpr LocaleFacts kFacts[] = {
-#include "platform/posix/windows_locale_facts.inc"
+#include "platform/emulation/windows_locale_facts.inc"
 };
 
 const LocaleFacts* factsOf(std::uint32_t lcid) {
@@ -105,4 +105,4 @@ std::u16string_view windowsListSeparator(std::uint32_t lcid) {
   return f != nullptr ? f->listSeparator : std::u16string_view();
 }
 
-}  // namespace orvo::platform::posix
+}  // namespace orvo::platform::emulation

@@ -12,8 +12,6 @@ void UserInterface::showErrorReport(std::u16string_view details, std::u16string_
   messageBox(details, u"ORVO Error Report", vbCritical | vbOKOnly);
 }
 
-bool UserInterface::isKeyDown(std::int32_t /*virtualKey*/) { return false; }
-
 std::int32_t UserInterface::autoCompleteFilePaths(std::int32_t /*hwnd*/, std::int32_t /*flags*/) {
   return 0;
 }

@@ -4,7 +4,7 @@
 #include <string_view>
 
 // What the platform keeps per locale that ICU's data does not carry.
-namespace orvo::platform::posix {
+namespace orvo::platform::emulation {
 
 struct WindowsCodePages {
   std::uint32_t ansi = 0;  // 0: a Unicode-only locale
@@ -26,4 +26,4 @@ std::u16string_view windowsLanguageAbbreviation(std::uint32_t lcid);
 // LOCALE_SLIST; empty when the LCID is not in the table.
 std::u16string_view windowsListSeparator(std::uint32_t lcid);
 
-}  // namespace orvo::platform::posix
+}  // namespace orvo::platform::emulation

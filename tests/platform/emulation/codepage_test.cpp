@@ -205,3 +205,30 @@ TEST(CodePageTest, Utf8EncodingOfEveryMixOfCharacterWidths) {
 
 }  // namespace
 }  // namespace orvo::platform
+
+namespace orvo::platform {
+namespace {
+
+// A page nothing can convert is not an error here: the conversions give nothing, as the
+// platform's do, and the callers that took the page from outside decide what that means.
+TEST(CodePageTest, PagesWithoutAConverterConvertToNothing) {
+  struct Case {
+    std::uint32_t page;
+    bool available;
+  };
+  for (const Case c : {Case{1252, true}, Case{932, true}, Case{65001, true}, Case{1200, true},
+                       Case{1201, true}, Case{437, true}, Case{850, true}, Case{12345, false},
+                       Case{99, false}}) {
+    EXPECT_EQ(codePageAvailable(c.page), c.available) << c.page;
+    EXPECT_EQ(Converter(c.page).available(), c.available) << c.page;
+    if (c.available || c.page == 1200 || c.page == 1201) continue;
+    EXPECT_EQ(multiByteToWide(c.page, std::string_view("abc")), u"") << c.page;
+    EXPECT_EQ(wideToMultiByte(c.page, u"abc"), "") << c.page;
+    char16_t units[4] = {};
+    const std::uint8_t bytes[3] = {'a', 'b', 'c'};
+    EXPECT_EQ(multiByteToWide(c.page, std::span<const std::uint8_t>(bytes), units), 0U);
+  }
+}
+
+}  // namespace
+}  // namespace orvo::platform

@@ -1,18 +1,12 @@
-#include "platform/codepage.hpp"
-
 #include <unicode/ucnv.h>
 #include <unicode/utf16.h>
 
-#include <cstdlib>
 #include <map>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <string>
 
-#include "platform/locale.hpp"
-#include "platform/locale_info.hpp"
-#include "platform/posix/windows_locale_facts.hpp"
-#include "runtime/errors.hpp"
+#include "platform/codepage.hpp"
 
 namespace orvo::platform {
 
@@ -68,55 +62,27 @@ ConverterPtr openConverter(std::uint32_t codePage) {
       return c;
     }
   }
-  runtime::raise(runtime::errInvalidProcedureCall);
+  return nullptr;
 }
 
-// Converters are not thread-safe; each thread keeps its own per code page.
-UConverter& converter(std::uint32_t codePage) {
+// Converters are not thread-safe; each thread keeps its own per code page. nullptr for a page
+// ICU has no table for.
+UConverter* converter(std::uint32_t codePage) {
   thread_local std::map<std::uint32_t, ConverterPtr> converters;
   auto& slot = converters[codePage];
   if (!slot) slot = openConverter(codePage);
-  return *slot;
-}
-
-std::uint32_t parseCodePage(const char* text) {
-  char* end = nullptr;
-  const unsigned long value = std::strtoul(text, &end, 10);
-  return end != text && *end == '\0' && value <= 0xFFFFFFFFUL ? static_cast<std::uint32_t>(value)
-                                                              : 0;
-}
-
-// The pages a system can have as its ANSI code page: the 8-bit ones and UTF-8 (the
-// platform's "use UTF-8 for worldwide language support" setting).
-bool isAnsiCodePage(std::uint32_t cp) {
-  switch (cp) {
-    case 874:
-    case 932:
-    case 936:
-    case 949:
-    case 950:
-    case 65001:
-      return true;
-    default:
-      return cp >= 1250 && cp <= 1258;
-  }
+  return slot.get();
 }
 
 }  // namespace
 
-std::uint32_t systemAnsiCodePage() {
-  if (const char* forced = std::getenv("ORVO_ANSI_CODEPAGE"); forced != nullptr) {
-    const std::uint32_t cp = parseCodePage(forced);
-    if (isAnsiCodePage(cp)) return cp;
-  }
-  const std::uint32_t cp = posix::windowsCodePages(systemDefaultLCID()).ansi;
-  // A Unicode-only locale cannot be the platform's system locale; such a user's 8-bit files
-  // come from the Western page.
-  return cp != 0 ? cp : 1252;
-}
+bool detail::icuHasConverter(std::uint32_t codePage) { return converter(codePage) != nullptr; }
 
-std::string detail::icuWideToMultiByte(std::uint32_t codePage, std::u16string_view text) {
-  UConverter& cnv = converter(codePage);
+std::optional<std::string> detail::icuWideToMultiByte(std::uint32_t codePage,
+                                                      std::u16string_view text) {
+  UConverter* found = converter(codePage);
+  if (found == nullptr) return std::nullopt;
+  UConverter& cnv = *found;
   std::string out;
   out.reserve(text.size());
   char buffer[8];
@@ -142,17 +108,17 @@ std::string detail::icuWideToMultiByte(std::uint32_t codePage, std::u16string_vi
   return out;
 }
 
-String detail::icuMultiByteToWide(std::uint32_t codePage, std::string_view bytes) {
-  UConverter& cnv = converter(codePage);
+std::optional<String> detail::icuMultiByteToWide(std::uint32_t codePage, std::string_view bytes) {
+  UConverter* found = converter(codePage);
+  if (found == nullptr) return std::nullopt;
+  UConverter& cnv = *found;
   ucnv_resetToUnicode(&cnv);
   String out(bytes.size() * 2 + 2, u'\0');
   UErrorCode status = U_ZERO_ERROR;
   const auto n =
       ucnv_toUChars(&cnv, reinterpret_cast<UChar*>(out.data()), static_cast<int32_t>(out.size()),
                     bytes.data(), static_cast<int32_t>(bytes.size()), &status);
-  if (U_FAILURE(status) && status != U_STRING_NOT_TERMINATED_WARNING) {
-    runtime::raise(runtime::errInvalidProcedureCall);
-  }
+  if (U_FAILURE(status) && status != U_STRING_NOT_TERMINATED_WARNING) return std::nullopt;
   out.resize(static_cast<std::size_t>(n));
   return out;
 }

@@ -15,7 +15,7 @@
 #endif
 
 #include "platform/codepage.hpp"
-#include "platform/codepage_tables.hpp"
+#include "platform/emulation/codepage_tables.hpp"
 
 namespace orvo::platform {
 
@@ -378,22 +378,29 @@ bool hasRecordedTables(std::uint32_t codePage) {
   return codePage == kCodePageUtf8 || tableFor(codePage) != nullptr;
 }
 
+bool codePageAvailable(std::uint32_t codePage) {
+  return hasRecordedTables(codePage) || codePage == 1200 || codePage == 1201 ||
+         detail::icuHasConverter(codePage);
+}
+
 std::size_t multiByteToWide(std::uint32_t codePage, std::span<const std::uint8_t> bytes,
                             char16_t* out) {
   if (codePage == kCodePageUtf8) return decodeUtf8(bytes.data(), bytes.size(), out);
   if (const auto* t = tableFor(codePage)) return decodeTable(*t, bytes.data(), bytes.size(), out);
-  const String text = detail::icuMultiByteToWide(
+  const auto text = detail::icuMultiByteToWide(
       codePage, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
-  std::copy(text.begin(), text.end(), out);
-  return text.size();
+  if (!text) return 0;
+  std::copy(text->begin(), text->end(), out);
+  return text->size();
 }
 
 std::size_t wideToMultiByte(std::uint32_t codePage, std::u16string_view text, std::uint8_t* out) {
   if (codePage == kCodePageUtf8) return encodeUtf8(text.data(), text.size(), out);
   if (const auto* t = tableFor(codePage)) return encodeTable(*t, text.data(), text.size(), out);
-  const std::string bytes = detail::icuWideToMultiByte(codePage, text);
-  std::memcpy(out, bytes.data(), bytes.size());
-  return bytes.size();
+  const auto bytes = detail::icuWideToMultiByte(codePage, text);
+  if (!bytes) return 0;
+  std::memcpy(out, bytes->data(), bytes->size());
+  return bytes->size();
 }
 
 String multiByteToWide(std::uint32_t codePage, std::string_view bytes) {
@@ -404,14 +411,16 @@ String multiByteToWide(std::uint32_t codePage, std::string_view bytes) {
         codePage, std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()),
         out.data());
   } else {
-    return detail::icuMultiByteToWide(codePage, bytes);
+    return detail::icuMultiByteToWide(codePage, bytes).value_or(String());
   }
   out.resize(n);
   return out;
 }
 
 std::string wideToMultiByte(std::uint32_t codePage, std::u16string_view text) {
-  if (!hasRecordedTables(codePage)) return detail::icuWideToMultiByte(codePage, text);
+  if (!hasRecordedTables(codePage)) {
+    return detail::icuWideToMultiByte(codePage, text).value_or(std::string());
+  }
   std::string out(text.size() * 3, '\0');  // UTF-8 needs at most three bytes per unit
   const std::size_t n =
       wideToMultiByte(codePage, text, reinterpret_cast<std::uint8_t*>(out.data()));
@@ -419,7 +428,8 @@ std::string wideToMultiByte(std::uint32_t codePage, std::u16string_view text) {
   return out;
 }
 
-Converter::Converter(std::uint32_t codePage) : codePage_(codePage), table_(tableFor(codePage)) {}
+Converter::Converter(std::uint32_t codePage)
+    : codePage_(codePage), table_(tableFor(codePage)), available_(codePageAvailable(codePage)) {}
 
 std::size_t Converter::toWide(std::span<const std::uint8_t> bytes, char16_t* out) const {
   if (table_ != nullptr) {
