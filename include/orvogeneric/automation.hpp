@@ -37,12 +37,19 @@ struct MemberInfo {
   Invoker invoke;
 };
 
+// An outgoing event: the object raises it, a listener handles it (a timer's tick).
+struct EventInfo {
+  std::string_view name;
+  std::span<const ParamInfo> params;
+};
+
 struct ClassInfo {
   std::string_view name;
   bool global;     // members callable without naming an instance
   bool creatable;  // hosts may create it; the others come from the factories only
   std::shared_ptr<Object> (*create)();
   std::span<const MemberInfo> members;
+  std::span<const EventInfo> events;
 };
 
 ORVO_API std::span<const ClassInfo> classes() noexcept;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "orvogeneric/enums.hpp"
 #include "orvogeneric/export.hpp"
 
 namespace orvo {
@@ -39,65 +40,6 @@ struct Currency {
 struct Date {
   double serial = 0;
   constexpr auto operator<=>(const Date&) const = default;
-};
-
-// Shared enumerations of the type library (32-bit signed). They are plain enumerations on
-// purpose: callers may pass any Long, and the procedures report values that are not members.
-enum orvoAlignConstants : std::int32_t {
-  alignTop = 0,
-  alignBottom = 1,
-  alignLeft = 2,
-  alignRight = 3,
-  alignCenter = 4
-};
-
-enum enumFindWindow : std::int32_t {
-  FW_STARTSWITH = 0,
-  FW_CONTAINS = 1,
-  FW_FULL = 2,
-  FW_FULLVB6APPTITLE = 3
-};
-
-enum enumCodePages : std::int32_t {
-  CP_ACP = 0,
-  CP_UTF8 = 65001,
-  CP_UTF16_LE = 1200,
-  CP_UTF16_BE = 1201,
-  CP_UTF32_LE = 12000,
-  CP_UTF32_BE = 12001
-};
-
-enum enumFileEncoding : std::int32_t {
-  encBIN = -1,
-  encANSI = 0,
-  encUTF8_NB = 1,
-  encUTF16_LE_NB = 2,
-  encUTF16_BE_NB = 3,
-  encUTF8_BOM = 4,
-  encUTF16_LE = 5,
-  encUTF16_BE = 6,
-  encUTF32_LE = 7,
-  encUTF32_BE = 8
-};
-
-enum enumGetPathFromClipboardSearch : std::int32_t {
-  GETPATH_PREFERFILEPATH = 1,
-  GETPATH_PATHANY = 2,
-  GETPATH_FILE = 3,
-  GETPATH_PATHNOFILE = 4,
-  GETPATH_PATHBADFILE = 5
-};
-
-enum CreateMutexEnum : std::int32_t { nMUTEX_ERROR = 1, nMUTEX_CREATED = 2, nMUTEX_EXISTS = 3 };
-
-enum enumLOCALE_LCID : std::int32_t {
-  LOCALE_NEUTRAL = 0,
-  LOCALE_INVARIANT = 127,
-  LOCALE_USER_DEFAULT = 1024,
-  LOCALE_SYSTEM_DEFAULT = 2048,
-  LOCALE_CUSTOM_DEFAULT = 3072,
-  LOCALE_CUSTOM_UNSPECIFIED = 4096,
-  LOCALE_CUSTOM_UI_DEFAULT = 5120
 };
 
 struct RECT {

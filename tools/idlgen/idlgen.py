@@ -5,7 +5,8 @@ One description feeds both, so a member's C++ signature (types, by-reference par
 defaults) and what late binding knows about it cannot drift apart.
 
 usage: idlgen.py IDL OUTDIR
-writes OUTDIR/include/orvogeneric/classes.hpp and OUTDIR/src/registry_gen.cpp
+writes OUTDIR/include/orvogeneric/classes.hpp, OUTDIR/include/orvogeneric/enums.hpp and
+OUTDIR/src/registry_gen.cpp
 """
 import os
 import re
@@ -29,10 +30,8 @@ SCALARS = {
 }
 # Names of the classes declared in the file being read: a member may take or return one.
 CLASSES = set()
-ENUMS = {
-    "orvoAlignConstants", "enumFindWindow", "enumCodePages", "enumFileEncoding",
-    "enumGetPathFromClipboardSearch", "CreateMutexEnum", "enumLOCALE_LCID",
-}
+# The shared enumerations declared in the file being read: name -> [(member, value), ...].
+ENUMS = {}
 
 
 class IdlError(Exception):
@@ -166,23 +165,67 @@ class Klass:
         # stateful: the object keeps state of its own, in an Impl its Class_Initialize makes.
         self.stateful = "stateful" in flags
         self.members = []
+        self.events = []
+
+
+class Event:
+    """An outgoing event: raised by the object, handled by whoever listens to it."""
+
+    def __init__(self, line, where):
+        m = re.fullmatch(r"event\s+(?P<name>\w+)\((?P<params>.*)\)", line)
+        if not m:
+            raise IdlError(f"{where}: cannot read event '{line}'")
+        self.name = m["name"]
+        body = m["params"].strip()
+        self.params = [Param(p, where) for p in split_params(body)] if body else []
+        for p in self.params:
+            if p.optional:
+                raise IdlError(f"{where}: event parameter {p.name} cannot be optional")
+
+
+def parse_enum_value(text, where):
+    m = re.fullmatch(r"(?P<name>\w+)\s*=\s*(?P<value>-?\d+)", text)
+    if not m:
+        raise IdlError(f"{where}: cannot read enumeration member '{text}'")
+    value = int(m["value"])
+    if not -2**31 <= value < 2**31:
+        raise IdlError(f"{where}: {m['name']} does not fit 32 bits")
+    return m["name"], value
 
 
 def parse(path):
-    classes, cur = [], None
+    classes, cur, enum = [], None, None
     with open(path, encoding="utf-8") as f:
         lines = f.readlines()
-    # Classes may name each other before their declaration.
+    # Classes and enumerations may be named before their declaration.
     for raw in lines:
-        m = re.match(r"\s*class\s+(\w+)", raw)
-        if m:
-            CLASSES.add(m[1])
+        m = re.match(r"\s*(class|enum)\s+(\w+)", raw)
+        if m and m[1] == "class":
+            CLASSES.add(m[2])
+        elif m:
+            if m[2] in ENUMS:
+                raise IdlError(f"{path}: enumeration {m[2]} declared twice")
+            ENUMS[m[2]] = []
     for n, raw in enumerate(lines, 1):
         # Only whole-line comments: a default text may contain "#".
         line = "" if raw.lstrip().startswith("#") else raw.strip()
         if not line:
             continue
         where = f"{path}:{n}"
+        if enum is not None:
+            if line == "end":
+                if not ENUMS[enum]:
+                    raise IdlError(f"{where}: enumeration {enum} has no members")
+                enum = None
+            else:
+                ENUMS[enum].append(parse_enum_value(line, where))
+            continue
+        m = re.fullmatch(r"enum\s+(\w+)", line)
+        if m:
+            if cur:
+                raise IdlError(f"{where}: enumeration inside class")
+            enum = m[1]
+            continue
         m = re.fullmatch(r"class\s+(\w+)((\s+\w+)*)", line)
         if m:
             if cur:
@@ -199,10 +242,37 @@ def parse(path):
             continue
         if not cur:
             raise IdlError(f"{where}: member outside class")
-        cur.members.append(Member(line, where, len(cur.members) + 1))
+        if re.match(r"event\s", line):
+            cur.events.append(Event(line, where))
+        else:
+            cur.members.append(Member(line, where, len(cur.members) + 1))
     if cur:
         raise IdlError(f"{path}: class {cur.name} has no end")
+    if enum is not None:
+        raise IdlError(f"{path}: enumeration {enum} has no end")
     return classes
+
+
+def gen_enums():
+    out = [
+        "#pragma once",
+        "",
+        "// Generated from api/orvogeneric.idl by tools/idlgen/idlgen.py; edit those, not this.",
+        "",
+        "#include <cstdint>",
+        "",
+        "namespace orvo {",
+        "",
+        "// Shared enumerations of the type library (32-bit signed). They are plain enumerations on",
+        "// purpose: callers may pass any Long, and the procedures report values that are not",
+        "// members.",
+    ]
+    for name, members in ENUMS.items():
+        out.append(f"enum {name} : std::int32_t {{")
+        out += [f"  {m} = {v}," for m, v in members]
+        out += ["};", ""]
+    out += ["}  // namespace orvo", ""]
+    return "\n".join(out)
 
 
 def gen_header(classes):
@@ -318,6 +388,21 @@ def gen_registry(classes):
                         f"{str(p.default is not None).lower()}, {dflt}}},")
                 out.append("};")
                 out.append("")
+        for e in c.events:
+            if e.params:
+                out.append(f"const ParamInfo {c.name}_{e.name}_event_params[] = {{")
+                for p in e.params:
+                    direction = "Direction::InOut" if (p.inout or p.array) else "Direction::In"
+                    out.append(f'    {{"{p.name}", "{p.idl_type}", {direction}, false, false, nullptr}},')
+                out.append("};")
+        if c.events:
+            out.append(f"const EventInfo {c.name}_events[] = {{")
+            for e in c.events:
+                params = (f"{c.name}_{e.name}_event_params" if e.params
+                          else "std::span<const ParamInfo>{}")
+                out.append(f'    {{"{e.name}", {params}}},')
+            out.append("};")
+            out.append("")
         out.append(f"const MemberInfo {c.name}_members[] = {{")
         for m in c.members:
             fn = f"{c.name}_{m.name}_{m.kind}"
@@ -330,7 +415,8 @@ def gen_registry(classes):
         out.append(
             f'    {{"{c.name}", {str(c.is_global).lower()}, {str(c.creatable).lower()}, '
             f"[]() -> std::shared_ptr<Object> {{ return std::make_shared<{c.name}>(); }}, "
-            f"{c.name}_members}},")
+            f"{c.name}_members, "
+            + (f"{c.name}_events" if c.events else "std::span<const EventInfo>{}") + "},")
     out += ["};", "", "}  // namespace", "",
             "std::span<const ClassInfo> classes() noexcept { return kClasses; }", "",
             "}  // namespace orvo::automation", ""]
@@ -355,6 +441,7 @@ def main():
         classes = parse(sys.argv[1])
     except IdlError as e:
         sys.exit(f"idlgen: {e}")
+    write_if_changed(os.path.join(sys.argv[2], "include/orvogeneric/enums.hpp"), gen_enums())
     write_if_changed(os.path.join(sys.argv[2], "include/orvogeneric/classes.hpp"), gen_header(classes))
     write_if_changed(os.path.join(sys.argv[2], "src/registry_gen.cpp"), gen_registry(classes))
 
