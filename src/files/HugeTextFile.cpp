@@ -63,7 +63,8 @@ std::u16string_view descriptionOf(std::int32_t number) {
 }  // namespace
 
 HugeTextFile::HugeTextFile()
-    : eol_(frame::StaticGlobals::instance().eol()), writeUnicodeBOM_(writeUnicodeBOM()) {}
+    : eol_(frame::StaticGlobals::instance().eol()),
+      writeUnicodeBOM_(frame::StaticGlobals::instance().writeUnicodeBOM()) {}
 
 HugeTextFile::~HugeTextFile() {
   try {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "files/files_fixture.hpp"
+#include "frame/state.hpp"
 #include "support/test_support.hpp"
 
 namespace orvo::files {
@@ -126,10 +127,10 @@ TEST(EncodingTables, BomsCodePagesAndTheCheck) {
       EXPECT_EQ(bom.lowerBound(), 1) << c.e;
     }
   }
-  setWriteUnicodeBOM(false);
+  frame::StaticGlobals::instance().setWriteUnicodeBOM(false);
   EXPECT_EQ(EncodingFromCodePage(65001), encUTF8_NB);
   EXPECT_EQ(EncodingFromCodePage(12000), encUTF32_LE);
-  setWriteUnicodeBOM(true);
+  frame::StaticGlobals::instance().resetForTesting();  // BOMs are written by default
   EXPECT_EQ(EncodingFromCodePage(65001), encUTF8_BOM);
   EXPECT_EQ(EncodingFromCodePage(1252), encANSI);
 
