@@ -90,29 +90,8 @@ std::vector<GoldenRow> readGolden(const std::string& fileName) {
 
 double parseHexDouble(const String& field) { return std::strtod(toUtf8(field).c_str(), nullptr); }
 
-ScopedLocale::ScopedLocale(const char* localeName) {
-  if (const char* old = std::getenv("LC_ALL")) {
-    previous_ = old;
-    hadPrevious_ = true;
-  }
-  ::setenv("LC_ALL", localeName, 1);
-  frame::StaticGlobals::instance().setDecimalSeparatorCache({});
-}
-
-ScopedLocale::~ScopedLocale() {
-  if (hadPrevious_) {
-    ::setenv("LC_ALL", previous_.c_str(), 1);
-  } else {
-    ::unsetenv("LC_ALL");
-  }
-  frame::StaticGlobals::instance().setDecimalSeparatorCache({});
-}
-
 ScopedEnvironment::ScopedEnvironment(const char* name, const char* value) : name_(name) {
-  if (const char* old = std::getenv(name)) {
-    previous_ = old;
-    hadPrevious_ = true;
-  }
+  if (const char* old = std::getenv(name)) previous_ = old;
   if (value != nullptr) {
     ::setenv(name, value, 1);
   } else {
@@ -121,12 +100,19 @@ ScopedEnvironment::ScopedEnvironment(const char* name, const char* value) : name
 }
 
 ScopedEnvironment::~ScopedEnvironment() {
-  if (hadPrevious_) {
-    ::setenv(name_.c_str(), previous_.c_str(), 1);
+  if (previous_) {
+    ::setenv(name_.c_str(), previous_->c_str(), 1);
   } else {
     ::unsetenv(name_.c_str());
   }
 }
+
+ScopedLocale::ScopedLocale(const char* localeName) : lcAll_("LC_ALL", localeName) {
+  frame::StaticGlobals::instance().setDecimalSeparatorCache({});
+}
+
+// The separator is computed again on first use, after LC_ALL is restored.
+ScopedLocale::~ScopedLocale() { frame::StaticGlobals::instance().setDecimalSeparatorCache({}); }
 
 bool runInProcesses(int count, const std::function<bool(int)>& body) {
   std::vector<pid_t> children;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,20 +24,8 @@ struct GoldenRow {
 std::vector<GoldenRow> readGolden(const std::string& fileName);  // relative to tests/golden
 double parseHexDouble(const String& field);                      // C99 "%a" text
 
-// Sets LC_ALL (and clears the cached regional decimal separator) for the test's lifetime.
-class ScopedLocale {
- public:
-  explicit ScopedLocale(const char* localeName);
-  ~ScopedLocale();
-  ScopedLocale(const ScopedLocale&) = delete;
-  ScopedLocale& operator=(const ScopedLocale&) = delete;
-
- private:
-  std::string previous_;
-  bool hadPrevious_ = false;
-};
-
-// Sets one environment variable (nullptr: unsets it) for the test's lifetime.
+// Sets one environment variable (nullptr: unsets it) for the object's lifetime, then puts back
+// what was there before, set or unset.
 class ScopedEnvironment {
  public:
   ScopedEnvironment(const char* name, const char* value);
@@ -46,8 +35,19 @@ class ScopedEnvironment {
 
  private:
   std::string name_;
-  std::string previous_;
-  bool hadPrevious_ = false;
+  std::optional<std::string> previous_;
+};
+
+// Sets LC_ALL (and clears the cached regional decimal separator) for the test's lifetime.
+class ScopedLocale {
+ public:
+  explicit ScopedLocale(const char* localeName);
+  ~ScopedLocale();
+  ScopedLocale(const ScopedLocale&) = delete;
+  ScopedLocale& operator=(const ScopedLocale&) = delete;
+
+ private:
+  ScopedEnvironment lcAll_;
 };
 
 // Captures library trace lines for the test's lifetime.
