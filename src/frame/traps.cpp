@@ -46,7 +46,8 @@ Error asError(const std::exception_ptr& caught) {
   } catch (...) {
     // A fault of our own code (a standard-library exception) surfaces as the language's
     // internal error rather than escaping as something an automation caller cannot read.
-    return Error(51, String(runtime::standardErrorText(51)));
+    return Error(runtime::errInternalError,
+                 String(runtime::standardErrorText(runtime::errInternalError)));
   }
 }
 
