@@ -8,8 +8,6 @@
 
 namespace orvo::frame {
 
-namespace {}  // namespace
-
 void HandleError(std::u16string_view procedure, std::int32_t number,
                  std::u16string_view description, bool reraise) {
   const String handledBy = String(u"Error handled by ") + String(procedure);
