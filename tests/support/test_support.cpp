@@ -62,11 +62,9 @@ String unescape(const std::string& field) {
   return out;
 }
 
-}  // namespace
-
-std::vector<GoldenRow> readGolden(const std::string& fileName) {
-  std::ifstream in(std::string(ORVO_GOLDEN_DIR) + "/" + fileName);
-  if (!in) throw std::runtime_error("cannot open golden file " + fileName);
+std::vector<GoldenRow> readRows(const std::string& directory, const std::string& fileName) {
+  std::ifstream in(directory + "/" + fileName);
+  if (!in) throw std::runtime_error("cannot open data file " + fileName);
   std::vector<GoldenRow> rows;
   std::string line;
   int number = 0;
@@ -86,6 +84,16 @@ std::vector<GoldenRow> readGolden(const std::string& fileName) {
     rows.push_back(std::move(row));
   }
   return rows;
+}
+
+}  // namespace
+
+std::vector<GoldenRow> readGolden(const std::string& fileName) {
+  return readRows(ORVO_GOLDEN_DIR, fileName);
+}
+
+std::vector<GoldenRow> readTestData(const std::string& fileName) {
+  return readRows(ORVO_TEST_DATA_DIR, fileName);
 }
 
 double parseHexDouble(const String& field) { return std::strtod(toUtf8(field).c_str(), nullptr); }

@@ -22,7 +22,9 @@ struct GoldenRow {
   int line = 0;
 };
 std::vector<GoldenRow> readGolden(const std::string& fileName);  // relative to tests/golden
-double parseHexDouble(const String& field);                      // C99 "%a" text
+// The same format for the tests' own tables of cases, relative to tests/data.
+std::vector<GoldenRow> readTestData(const std::string& fileName);
+double parseHexDouble(const String& field);  // C99 "%a" text
 
 // Sets one environment variable (nullptr: unsets it) for the object's lifetime, then puts back
 // what was there before, set or unset.
