@@ -98,6 +98,15 @@ std::vector<GoldenRow> readTestData(const std::string& fileName) {
 
 double parseHexDouble(const String& field) { return std::strtod(toUtf8(field).c_str(), nullptr); }
 
+std::string bytesOf(const String& field) {
+  std::string bytes;
+  for (const char16_t unit : field) {
+    if (unit > 0xFF) throw std::runtime_error("not a byte in data field: " + toUtf8(field));
+    bytes += static_cast<char>(unit);
+  }
+  return bytes;
+}
+
 ScopedEnvironment::ScopedEnvironment(const char* name, const char* value) : name_(name) {
   if (const char* old = std::getenv(name)) previous_ = old;
   if (value != nullptr) {

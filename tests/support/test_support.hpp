@@ -25,6 +25,8 @@ std::vector<GoldenRow> readGolden(const std::string& fileName);  // relative to 
 // The same format for the tests' own tables of cases, relative to tests/data.
 std::vector<GoldenRow> readTestData(const std::string& fileName);
 double parseHexDouble(const String& field);  // C99 "%a" text
+// A field that stands for bytes ("\u{FF}" one byte): each code unit one byte, none above 0xFF.
+std::string bytesOf(const String& field);
 
 // Sets one environment variable (nullptr: unsets it) for the object's lifetime, then puts back
 // what was there before, set or unset.
