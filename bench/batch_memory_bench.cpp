@@ -5,53 +5,20 @@
 // 6 for a call whose answer is small) and ours over the peer's.
 
 #include <benchmark/benchmark.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstdio>
-#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
+#include "bench_support.hpp"
 #include "cli.hpp"
 #include "orvogeneric/automation.hpp"
 
 namespace {
 
+using orvo::bench::childPeakMiB;
+
 constexpr std::size_t kStringBytes = 50'000'000;
-
-long residentBytes() {
-  long pages = 0;
-  long resident = 0;
-  if (FILE* f = std::fopen("/proc/self/statm", "r")) {
-    if (std::fscanf(f, "%ld %ld", &pages, &resident) != 2) resident = 0;
-    std::fclose(f);
-  }
-  return resident * ::sysconf(_SC_PAGESIZE);
-}
-
-// The growth of the peak resident size while work runs in a forked child.
-double childPeakMiB(const std::function<void()>& work) {
-  int fds[2];
-  if (::pipe(fds) != 0) return -1;
-  const pid_t pid = ::fork();
-  if (pid == 0) {
-    const long before = residentBytes();
-    work();
-    rusage usage{};
-    ::getrusage(RUSAGE_SELF, &usage);
-    const double grown = static_cast<double>(usage.ru_maxrss * 1024L - before) / (1 << 20);
-    (void)!::write(fds[1], &grown, sizeof grown);
-    ::_exit(0);
-  }
-  double grown = -1;
-  (void)!::read(fds[0], &grown, sizeof grown);
-  ::close(fds[0]);
-  ::close(fds[1]);
-  ::waitpid(pid, nullptr, 0);
-  return grown;
-}
 
 // Words and spaces, so that the string members have something to find.
 std::string batchLine(const char* member, const char* extraArgs) {

@@ -10,8 +10,6 @@
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unicode/ucnv.h>
 #include <unistd.h>
 
@@ -20,9 +18,9 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
 
+#include "bench_support.hpp"
 #include "files/HugeTextFile.hpp"
 #include "files/textfiles.hpp"
 #include "files/textio.hpp"
@@ -30,6 +28,7 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using orvo::bench::childPeakMiB;
 
 std::size_t targetBytes() {
   const char* mb = std::getenv("ORVO_BENCH_TEXT_MB");
@@ -147,29 +146,6 @@ void BM_LineRead(benchmark::State& state, std::int32_t codePage) {
   ucnv_close(cnv);
   state.counters["lines"] = static_cast<double>(lines);
   report(state, ours, peer, bytes);
-}
-
-// Peak resident growth of work run in a child process of its own.
-double childPeakMiB(const std::function<void()>& work) {
-  int fds[2];
-  if (::pipe(fds) != 0) return -1;
-  const pid_t pid = ::fork();
-  if (pid == 0) {
-    rusage before{};
-    ::getrusage(RUSAGE_SELF, &before);
-    work();
-    rusage after{};
-    ::getrusage(RUSAGE_SELF, &after);
-    const double grown = static_cast<double>(after.ru_maxrss - before.ru_maxrss) / 1024.0;
-    (void)!::write(fds[1], &grown, sizeof grown);
-    ::_exit(0);
-  }
-  double grown = -1;
-  (void)!::read(fds[0], &grown, sizeof grown);
-  ::close(fds[0]);
-  ::close(fds[1]);
-  ::waitpid(pid, nullptr, 0);
-  return grown;
 }
 
 void BM_Memory_LineByLine(benchmark::State& state) {

@@ -14,24 +14,9 @@
 #include "files/encoding.hpp"
 #include "files/textio.hpp"
 #include "fuzz_input.hpp"
+#include "support/reference_lines.hpp"
 
 namespace {
-
-std::vector<std::u16string> referenceLines(const std::u16string& text) {
-  std::vector<std::u16string> lines;
-  std::u16string current;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == u'\r' || text[i] == u'\n') {
-      lines.push_back(current);
-      current.clear();
-      if (text[i] == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n') ++i;
-    } else {
-      current += text[i];
-    }
-  }
-  if (!current.empty()) lines.push_back(current);
-  return lines;
-}
 
 std::string scratchFile() {
   static const std::string path = [] {
@@ -74,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                          : form.codePage == 1200 ? orvo::encUTF16_LE
                                                                  : orvo::encUTF16_BE;
   if (orvo::files::TextFileEncoding(name) != written) return 0;
-  const auto want = referenceLines(text);
+  const auto want = orvo::test::referenceLines(text);
   for (std::int32_t buffer = 4; buffer <= 64; ++buffer) {
     orvo::files::HugeTextFile reader;
     std::int32_t cp = 0;

@@ -1,8 +1,7 @@
 #include "errors/error_reporter.hpp"
 
-#include <mutex>
-
 #include "files/textio.hpp"
+#include "frame/state.hpp"
 #include "orvogeneric/user_interface.hpp"
 #include "platform/file.hpp"
 #include "platform/locale.hpp"
@@ -13,12 +12,6 @@
 namespace orvo::errors {
 
 namespace {
-
-std::mutex gPathMutex;
-String& logPath() {
-  static String path;
-  return path;
-}
 
 // Appends one block to the error log as ANSI text; false when it could not be written.
 bool appendLogEntry(const String& path, const String& report) {
@@ -45,14 +38,10 @@ void showUnexpected(std::u16string_view procedure, const Error& e) {
 }  // namespace
 
 void StartLoggingErrors(const String& FilePath) {
-  const std::lock_guard lock(gPathMutex);
-  logPath() = FilePath;
+  frame::StaticGlobals::instance().setErrorLogPath(FilePath);
 }
 
-String ErrorLogFilePath() {
-  const std::lock_guard lock(gPathMutex);
-  return logPath();
-}
+String ErrorLogFilePath() { return frame::StaticGlobals::instance().errorLogPath(); }
 
 String errorReportText(const Error& error, const String& procedure, const String& extraInfo) {
   String report;

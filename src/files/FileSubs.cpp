@@ -11,14 +11,19 @@ namespace orvo {
 // Every new FileSubs object puts the BOM setting and the line terminator back to their
 // defaults, whatever an earlier caller set: callers rely on it and it is kept.
 void FileSubs::Class_Initialize() {
-  files::setWriteUnicodeBOM(true);
-  frame::StaticGlobals::instance().setEol(u"\r\n");
+  frame::StaticGlobals& globals = frame::StaticGlobals::instance();
+  globals.setWriteUnicodeBOM(true);
+  globals.setEol(u"\r\n");
 }
 
 String FileSubs::EOL() { return frame::StaticGlobals::instance().eol(); }
 void FileSubs::EOL(const String& value) { frame::StaticGlobals::instance().setEol(value); }
-VBool FileSubs::WriteUnicodeBOM() { return toVBool(files::writeUnicodeBOM()); }
-void FileSubs::WriteUnicodeBOM(VBool value) { files::setWriteUnicodeBOM(nonZero(value)); }
+VBool FileSubs::WriteUnicodeBOM() {
+  return toVBool(frame::StaticGlobals::instance().writeUnicodeBOM());
+}
+void FileSubs::WriteUnicodeBOM(VBool value) {
+  frame::StaticGlobals::instance().setWriteUnicodeBOM(nonZero(value));
+}
 
 enumFileEncoding FileSubs::TextFileEncoding(const String& FileName, std::int32_t NumBytes) {
   return files::TextFileEncoding(FileName, NumBytes);

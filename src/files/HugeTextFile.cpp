@@ -22,39 +22,39 @@ constexpr std::int32_t kDefaultBufferSize = 32768;
 
 std::u16string_view descriptionOf(std::int32_t number) {
   switch (number) {
-    case 5:
+    case runtime::errInvalidProcedureCall:
       return u"Invalid parameter.  Numeric Variant expected.";
-    case 45601:
+    case HugeTextFile::kAlreadyOpen:
       return u"File already open.";
-    case 45602:
+    case HugeTextFile::kOpenFailed:
       return u"Error opening file.";
-    case 45603:
+    case HugeTextFile::kAlreadyExists:
       return u"File already exists.";
-    case 45604:
+    case HugeTextFile::kNotFound:
       return u"File not found.";
-    case 45605:
+    case HugeTextFile::kSeekFailed:
       return u"Seek Error.";
-    case 45606:
+    case HugeTextFile::kSizeFailed:
       return u"GetFileSize Error.";
-    case 45607:
+    case HugeTextFile::kReadFailed:
       return u"Read failure.";
-    case 45608:
+    case HugeTextFile::kReadPastEnd:
       return u"Attempt to read past EOF.";
-    case 45609:
+    case HugeTextFile::kWriteFailed:
       return u"Write failure.";
-    case 45610:
+    case HugeTextFile::kReadingWhileWriting:
       return u"Can't read file opened for writing.";
-    case 45611:
+    case HugeTextFile::kRewindWhileWriting:
       return u"Can't rewind file opened for writing.";
-    case 45612:
+    case HugeTextFile::kWritingWhileReading:
       return u"Can't write file opened for reading.";
-    case 45613:
+    case HugeTextFile::kNotOpen:
       return u"File must be open for this operation.";
-    case 45614:
+    case HugeTextFile::kBadBufferSize:
       return u"FileOpen BufferSize must be > 0.";
-    case 45615:
+    case HugeTextFile::kBadAccess:
       return u"Invalid Access for FileOpen";
-    case 45616:
+    case HugeTextFile::kLocked:
       return u"File locked for FileOpen.";
     default:
       return u"Unknown error.";
@@ -64,7 +64,8 @@ std::u16string_view descriptionOf(std::int32_t number) {
 }  // namespace
 
 HugeTextFile::HugeTextFile()
-    : eol_(frame::StaticGlobals::instance().eol()), writeUnicodeBOM_(writeUnicodeBOM()) {}
+    : eol_(frame::StaticGlobals::instance().eol()),
+      writeUnicodeBOM_(frame::StaticGlobals::instance().writeUnicodeBOM()) {}
 
 HugeTextFile::~HugeTextFile() {
   try {
@@ -94,7 +95,7 @@ SafeArray HugeTextFile::BOM() const {
 
 std::int32_t HugeTextFile::CodePage() const {
   return frame::trap(u"CodePage", [&] {
-    if (!file_.isOpen()) const_cast<HugeTextFile*>(this)->fail(45613);  // NOLINT
+    if (!file_.isOpen()) const_cast<HugeTextFile*>(this)->fail(kNotOpen);  // NOLINT
     return codePage_;
   });
 }
@@ -103,7 +104,7 @@ void HugeTextFile::setCodePage(std::int32_t codePage) {
   codePage_ = codePage;
   convertCodePage_ = static_cast<std::int32_t>(effectiveCodePage(codePage));
   converter_ = platform::Converter(static_cast<std::uint32_t>(convertCodePage_));
-  if (encoding_ == -999) encoding_ = EncodingFromCodePage(codePage);
+  if (encoding_ == kNoEncoding) encoding_ = EncodingFromCodePage(codePage);
   switch (encoding_) {
     case encUTF16_LE_NB:
     case encUTF16_LE:
@@ -134,18 +135,18 @@ void HugeTextFile::FileOpen(const String& FileName, std::int32_t Access, std::in
     const String name = runtime::Trim(FileName);
     if (file_.isOpen() && !nonZero(text::bStrComp(name, fileName_, VBool::False, VBool::True)))
       FileClose(true);
-    if (file_.isOpen()) fail(45601);
+    if (file_.isOpen()) fail(kAlreadyOpen);
     std::int32_t size = BufferSize & ~1;
     if (size < 4) size = kDefaultBufferSize;
-    if (Access != Read && Access != Write && Access != Append) fail(45615);
+    if (Access != Read && Access != Write && Access != Append) fail(kBadAccess);
     platform::Disposition disposition = Access == Read    ? platform::Disposition::OpenExisting
                                         : Access == Write ? platform::Disposition::CreateAlways
                                                           : platform::Disposition::OpenAlways;
     if (Disposition >= 1 && Disposition <= 5) {
       disposition = static_cast<platform::Disposition>(Disposition);
     }
-    codePage_ = -999;
-    encoding_ = static_cast<enumFileEncoding>(-999);
+    codePage_ = kNoCodePage;
+    encoding_ = kNoEncoding;
     std::int32_t codePage = CodePage != nullptr ? *CodePage : 0;
     if (Access == Read || Access == Append) {
       encoding_ = TextFileEncoding(name, kDefaultSampleBytes);
@@ -156,18 +157,18 @@ void HugeTextFile::FileOpen(const String& FileName, std::int32_t Access, std::in
     if (!file_.open(name, Access == Read, Access != Read, disposition, true, &existed)) {
       switch (file_.lastError()) {
         case platform::kErrorFileNotFound:
-          fail(45604);
+          fail(kNotFound);
         case platform::kErrorSharingViolation:
-          fail(45616, true);
+          fail(kLocked, true);
         case platform::kErrorFileExists:
-          fail(45603);
+          fail(kAlreadyExists);
         default:
-          fail(45602, true);
+          fail(kOpenFailed, true);
       }
     }
     if (FileExisted != nullptr) *FileExisted = existed;
     access_ = Access;
-    if (Access == Append && !file_.seek(0, SEEK_END)) fail(45605, true);
+    if (Access == Append && !file_.seek(0, SEEK_END)) fail(kSeekFailed, true);
     setCodePage(codePage);
     fileName_ = name;
     bufferSize_ = size;
@@ -181,9 +182,9 @@ void HugeTextFile::FileOpen(const String& FileName, std::int32_t Access, std::in
 
 void HugeTextFile::Rewind() {
   frame::trap(u"Rewind", [&] {
-    if (!file_.isOpen()) fail(45613);
-    if (access_ != Read) fail(45611);
-    if (!file_.seek(bomSize_, SEEK_SET)) fail(45605, true);
+    if (!file_.isOpen()) fail(kNotOpen);
+    if (access_ != Read) fail(kRewindWhileWriting);
+    if (!file_.seek(bomSize_, SEEK_SET)) fail(kSeekFailed, true);
     lineCount_ = 0;
     eof_ = false;
     pendingCR_ = false;
@@ -199,7 +200,7 @@ void HugeTextFile::Rewind() {
 void HugeTextFile::readNextBuffer() {
   if (eof_) return;
   const std::int64_t n = file_.read(std::span(buffer_.data(), buffer_.size()));
-  if (n < 0) fail(45607, true);
+  if (n < 0) fail(kReadFailed, true);
   dataLength_ = static_cast<std::size_t>(n);
   pos_ = 0;
   if (n == 0) {
@@ -344,9 +345,9 @@ bool HugeTextFile::nextLine(String* line) {
 
 bool HugeTextFile::LineRead(String& line) {
   return frame::trap(u"LineRead", [&] {
-    if (!file_.isOpen()) fail(45613);
-    if (access_ != Read) fail(45610);
-    if (eof_) fail(45608);
+    if (!file_.isOpen()) fail(kNotOpen);
+    if (access_ != Read) fail(kReadingWhileWriting);
+    if (eof_) fail(kReadPastEnd);
     return nextLine(&line);
   });
 }
@@ -359,8 +360,8 @@ String HugeTextFile::LineRead() {
 
 void HugeTextFile::LineSkip(std::int64_t count) {
   frame::trap(u"LineSkip", [&] {
-    if (!file_.isOpen()) fail(45613);
-    if (access_ != Read) fail(45610);
+    if (!file_.isOpen()) fail(kNotOpen);
+    if (access_ != Read) fail(kReadingWhileWriting);
     for (std::int64_t i = 0; i < count && !eof_; ++i) {
       if (!nextLine(nullptr)) break;
     }
@@ -371,15 +372,15 @@ void HugeTextFile::writeBuffer() {
   if (encoded_.empty()) return;
   if (!file_.writeAll(
           std::span(reinterpret_cast<const std::uint8_t*>(encoded_.data()), encoded_.size()))) {
-    fail(45609, true);
+    fail(kWriteFailed, true);
   }
   encoded_.clear();
 }
 
 void HugeTextFile::LineWrite(const String& Line) {
   frame::trap(u"LineWrite", [&] {
-    if (!file_.isOpen()) fail(45613);
-    if (access_ == Read) fail(45612);
+    if (!file_.isOpen()) fail(kNotOpen);
+    if (access_ == Read) fail(kWritingWhileReading);
     std::string bytes;
     encodeText(Line, convertCodePage_, bytes);
     encodeText(eol_, convertCodePage_, bytes);
@@ -387,7 +388,7 @@ void HugeTextFile::LineWrite(const String& Line) {
     if (bytes.size() > static_cast<std::size_t>(bufferSize_)) {
       if (!file_.writeAll(
               std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()))) {
-        fail(45609, true);
+        fail(kWriteFailed, true);
       }
     } else {
       encoded_ += bytes;
@@ -400,18 +401,18 @@ void HugeTextFile::FileClose(bool OnlyIfOpen) {
   frame::trap(u"FileClose", [&] {
     if (!file_.isOpen()) {
       if (OnlyIfOpen) return;
-      fail(45613);
+      fail(kNotOpen);
     }
     if (access_ != Read) {
       writeBuffer();
-      if (!file_.flush()) fail(45609, true);
+      if (!file_.flush()) fail(kWriteFailed, true);
     }
     file_.close();
     fileName_.clear();
     eof_ = false;
     lineCount_ = 0;
-    codePage_ = -999;
-    encoding_ = static_cast<enumFileEncoding>(-999);
+    codePage_ = kNoCodePage;
+    encoding_ = kNoEncoding;
     buffer_.clear();
     buffer_.shrink_to_fit();
     dataLength_ = pos_ = 0;
@@ -421,9 +422,9 @@ void HugeTextFile::FileClose(bool OnlyIfOpen) {
 std::int64_t HugeTextFile::FileLen() const {
   return frame::trap(u"FileLen", [&] {
     auto* self = const_cast<HugeTextFile*>(this);  // NOLINT: failing closes the file
-    if (!file_.isOpen()) self->fail(45613);
+    if (!file_.isOpen()) self->fail(kNotOpen);
     const auto size = file_.size();
-    if (!size) self->fail(45606, true);
+    if (!size) self->fail(kSizeFailed, true);
     return *size;
   });
 }

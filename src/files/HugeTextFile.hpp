@@ -19,6 +19,32 @@ class HugeTextFile {
  public:
   enum Access : std::int32_t { Read = 1, Write = 2, Append = 3 };
 
+  // The numbers the reader raises, with "HugeTextFile" as the source; the original class's
+  // numbers, which callers test for.
+  enum Failure : std::int32_t {
+    kAlreadyOpen = 45601,
+    kOpenFailed = 45602,
+    kAlreadyExists = 45603,
+    kNotFound = 45604,
+    kSeekFailed = 45605,
+    kSizeFailed = 45606,
+    kReadFailed = 45607,
+    kReadPastEnd = 45608,
+    kWriteFailed = 45609,
+    kReadingWhileWriting = 45610,
+    kRewindWhileWriting = 45611,
+    kWritingWhileReading = 45612,
+    kNotOpen = 45613,
+    kBadBufferSize = 45614,
+    kBadAccess = 45615,
+    kLocked = 45616,
+  };
+
+  // The code page and encoding of a reader with no file open: a value no file has, which
+  // FileEncoding reports as it is.
+  static constexpr std::int32_t kNoCodePage = -999;
+  static constexpr enumFileEncoding kNoEncoding = static_cast<enumFileEncoding>(-999);
+
   HugeTextFile();
   HugeTextFile(const HugeTextFile&) = delete;
   HugeTextFile& operator=(const HugeTextFile&) = delete;
@@ -40,7 +66,7 @@ class HugeTextFile {
                 std::int32_t Share = -1, std::int32_t BufferSize = 32768,
                 std::int32_t* CodePage = nullptr, bool* FileExisted = nullptr);
   [[nodiscard]] std::int32_t FilePosition() const;
-  [[nodiscard]] bool HasBOM() const { return encoding_ >= encUTF8_BOM && encoding_ != -999; }
+  [[nodiscard]] bool HasBOM() const { return encoding_ >= encUTF8_BOM && encoding_ != kNoEncoding; }
   [[nodiscard]] bool IsOpen() const { return file_.isOpen(); }
   [[nodiscard]] std::int64_t LineCount() const { return lineCount_; }
   String LineRead();
@@ -77,12 +103,12 @@ class HugeTextFile {
   bool pendingCR_ = false;
   std::int64_t lineCount_ = 0;
   bool eof_ = false;
-  std::int32_t codePage_ = -999;
+  std::int32_t codePage_ = kNoCodePage;
   // The code page the conversions use, 0 resolved once to the system's: asking the regional
   // settings on every line would cost more than converting it.
   std::int32_t convertCodePage_ = 0;
   platform::Converter converter_{1252};
-  enumFileEncoding encoding_ = static_cast<enumFileEncoding>(-999);
+  enumFileEncoding encoding_ = kNoEncoding;
   std::size_t unitWidth_ = 1;
   std::size_t significantByte_ = 0;
   std::string bom_;

@@ -35,7 +35,7 @@ String shellErrorText(std::int32_t code, const String& Document) {
     case 30:
       return u"The Dynamic Data Exchange (DDE) transaction could not be completed because other "
              u"DDE transactions were being processed.";
-    case 31: {
+    case kShellNoAssociation: {
       String text = u"There is no application associated with the given file name extension.";
       String extension;
       text::SplitPath(Document, nullptr, nullptr, nullptr, &extension);
@@ -56,7 +56,7 @@ void OpenDocument(const String& Document, std::int32_t /*hwnd*/, VBool& Success,
     // No window owns the program started here: the owner only parents the shell's own
     // message boxes, which this platform does not show.
     const std::int32_t code = platform::openDocument(Document);
-    if (code >= 33) {
+    if (code >= kShellFirstSuccess) {
       Success = VBool::True;
       return;
     }

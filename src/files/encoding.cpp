@@ -1,6 +1,5 @@
 #include "files/encoding.hpp"
 
-#include <atomic>
 #include <mutex>
 #include <unordered_map>
 
@@ -19,8 +18,6 @@
 namespace orvo::files {
 
 namespace {
-
-std::atomic<bool> gWriteUnicodeBOM{true};
 
 // The remembered verdicts. Keys compare without regard to case, as the keyed collection the
 // applications used does; the presence test trims the path while storing, reading and removing
@@ -69,9 +66,6 @@ String pathText(const Variant& path) {
 }
 
 }  // namespace
-
-bool writeUnicodeBOM() { return gWriteUnicodeBOM.load(); }
-void setWriteUnicodeBOM(bool value) { gWriteUnicodeBOM.store(value); }
 
 std::string_view bomBytes(enumFileEncoding FileEncoding) {
   switch (FileEncoding) {
@@ -133,7 +127,7 @@ enumCodePages CodePageFromEncoding(enumFileEncoding Encoding) {
 }
 
 enumFileEncoding EncodingFromCodePage(std::int32_t CodePage) {
-  const bool bom = writeUnicodeBOM();
+  const bool bom = frame::StaticGlobals::instance().writeUnicodeBOM();
   switch (CodePage) {
     case CP_UTF8:
       return bom ? encUTF8_BOM : encUTF8_NB;

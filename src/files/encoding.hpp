@@ -50,8 +50,4 @@ std::optional<enumFileEncoding> rememberedEncoding(const String& FilePath);
 void SetTextFileEncoding(const Variant& FilePath, enumFileEncoding FileEncoding);
 void ClearTextFileEncoding(const Variant& FilePath);
 
-// Whether new Unicode files get a BOM; reset to true by every new FileSubs object.
-bool writeUnicodeBOM();
-void setWriteUnicodeBOM(bool value);
-
 }  // namespace orvo::files

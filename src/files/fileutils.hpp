@@ -29,8 +29,14 @@ VBool IsEqualFile(const String& Path1, const String& Path2);
 String TempDir();
 String WinDir();
 
+// The shell's answers to opening a document: any value from kShellFirstSuccess up is success;
+// below it an error code, of which kShellNoAssociation (no program for the document's type) is
+// the one whose text depends on the document.
+inline constexpr std::int32_t kShellFirstSuccess = 33;
+inline constexpr std::int32_t kShellNoAssociation = 31;
+
 void OpenDocument(const String& Document, std::int32_t hwnd, VBool& Success, String& Error);
-// The Error text for a shell code below 33.
+// The Error text for a shell error code.
 String shellErrorText(std::int32_t code, const String& Document);
 void AutocompleteFilePaths(std::int32_t hwnd);
 

@@ -7,6 +7,7 @@
 #include "files/fileutils.hpp"
 #include "files/textfiles.hpp"
 #include "frame/parent_app.hpp"
+#include "frame/state.hpp"
 #include "frame/traps.hpp"
 #include "platform/debug_output.hpp"
 #include "platform/locale.hpp"
@@ -20,14 +21,9 @@ namespace orvo::files {
 
 namespace {
 
-struct LogSettings {
-  bool initialised = false;
-  bool outputDebugString = false;
-  std::int32_t outputDebugStringPrefixLen = 32;
-};
+using frame::LogSettings;
 
-std::mutex gLogMutex;
-LogSettings gSettings;
+std::mutex gSinkMutex;
 DebugOutputSink& sinkSlot() {
   static DebugOutputSink sink;
   return sink;
@@ -45,10 +41,8 @@ struct DepthGuard {
 };
 
 LogSettings settings() {
-  {
-    const std::lock_guard lock(gLogMutex);
-    if (gSettings.initialised) return gSettings;
-  }
+  frame::StaticGlobals& globals = frame::StaticGlobals::instance();
+  if (const auto stored = globals.logSettings()) return *stored;
   // Read once per process; editing the file later has no effect until the next process.
   const String ini = text::PathWithBackslash(WinDir()) + u"ORVO.INI";
   LogSettings read;
@@ -56,10 +50,7 @@ LogSettings settings() {
       isTrue(settings::bGetFromINI(ini, u"Logging", u"OutputDebugString", VBool::False));
   read.outputDebugStringPrefixLen =
       settings::nGetFromINI(ini, u"Logging", u"OutputDebugStringPrefixLen", 32);
-  read.initialised = true;
-  const std::lock_guard lock(gLogMutex);
-  if (!gSettings.initialised) gSettings = read;
-  return gSettings;
+  return globals.storeLogSettings(read);
 }
 
 // The time stamp of a log line. Formatting a date is the costliest step of a line, and a busy
@@ -108,7 +99,7 @@ void AddToLog_OutputDebugString(const String& sMsg, const String& Prefix) {
     const String line = name + u":" + sMsg + u"\r\n";
     DebugOutputSink sink;
     {
-      const std::lock_guard lock(gLogMutex);
+      const std::lock_guard lock(gSinkMutex);
       sink = sinkSlot();
     }
     if (sink) {
@@ -131,14 +122,9 @@ void AddToLogB_Worker(const String& sMsg, const String& Prefix, std::int32_t Cod
 }
 
 DebugOutputSink setDebugOutputSink(DebugOutputSink sink) {
-  const std::lock_guard lock(gLogMutex);
+  const std::lock_guard lock(gSinkMutex);
   std::swap(sinkSlot(), sink);
   return sink;
-}
-
-void resetLogSettingsForTesting() {
-  const std::lock_guard lock(gLogMutex);
-  gSettings = {};
 }
 
 }  // namespace orvo::files

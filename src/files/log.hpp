@@ -22,7 +22,4 @@ void AddToLog_OutputDebugString(const String& sMsg, const String& Prefix);
 using DebugOutputSink = std::function<void(std::u16string_view line)>;
 DebugOutputSink setDebugOutputSink(DebugOutputSink sink);
 
-// Forgets the settings read from "ORVO.INI", for tests that need another configuration.
-void resetLogSettingsForTesting();
-
 }  // namespace orvo::files

@@ -143,6 +143,7 @@ void ReadTextFileToArrayB(const String& FileName, SafeArray& FileLines,
     const std::int64_t wanted = static_cast<std::int64_t>(end) - start + 1;
     if (wanted < 1) return;
     std::vector<String> lines;
+    // The range asked for may run far past the file's end: no more than a million up front.
     lines.reserve(static_cast<std::size_t>(std::min<std::int64_t>(wanted, 1 << 20)));
     HugeTextFile reader;
     std::int32_t codePage = CodePage != nullptr ? *CodePage : 0;
@@ -161,7 +162,6 @@ void ReadTextFileToArrayB(const String& FileName, SafeArray& FileLines,
     if (NumLinesReturned != nullptr) *NumLinesReturned = static_cast<std::int32_t>(lines.size());
     if (EndLine != nullptr) *EndLine = static_cast<std::int32_t>(reached);
     if (CodePage != nullptr) *CodePage = codePage;
-    // Sized to the lines asked for, then cut down to those kept.
     FileLines = SafeArray(0, std::move(lines));
   });
 }

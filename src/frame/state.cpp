@@ -30,6 +30,8 @@ ORVO_STATE_ACCESSORS(bool, loggingSuppressed, setLoggingSuppressed, loggingSuppr
 ORVO_STATE_ACCESSORS(String, eol, setEol, eol_)
 ORVO_STATE_ACCESSORS(String, decimalSeparatorCache, setDecimalSeparatorCache, decimalSeparator_)
 ORVO_STATE_ACCESSORS(LocaleLists, localeLists, setLocaleLists, localeLists_)
+ORVO_STATE_ACCESSORS(bool, writeUnicodeBOM, setWriteUnicodeBOM, writeUnicodeBOM_)
+ORVO_STATE_ACCESSORS(String, errorLogPath, setErrorLogPath, errorLogPath_)
 #undef ORVO_STATE_ACCESSORS
 
 bool StaticGlobals::parentAppInitialised() const {
@@ -63,6 +65,17 @@ bool StaticGlobals::initialiseParentApp(String path, String exeName, String titl
   return true;
 }
 
+std::optional<LogSettings> StaticGlobals::logSettings() const {
+  const std::lock_guard lock(mutex_);
+  return logSettings_;
+}
+
+LogSettings StaticGlobals::storeLogSettings(LogSettings v) {
+  const std::lock_guard lock(mutex_);
+  if (!logSettings_) logSettings_ = v;
+  return *logSettings_;
+}
+
 void StaticGlobals::resetForTesting() {
   const std::lock_guard lock(mutex_);
   parentAppPath_.clear();
@@ -73,6 +86,9 @@ void StaticGlobals::resetForTesting() {
   loggingSuppressed_ = false;
   eol_ = u"\r\n";
   decimalSeparator_.clear();
+  writeUnicodeBOM_ = true;
+  errorLogPath_.clear();
+  logSettings_.reset();
 }
 
 bool InDevelopmentMode() {

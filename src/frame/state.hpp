@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,6 +22,12 @@ struct LocaleLists {
   std::shared_ptr<Collection> firstLocale;         // the first LCID met per code page
   std::shared_ptr<Collection> representative;      // the representative LCID per code page
   std::shared_ptr<Collection> localesPerCodePage;  // a Collection of LCIDs per code page
+};
+
+// What "ORVO.INI" says about mirroring the log to the debugger output.
+struct LogSettings {
+  bool outputDebugString = false;
+  std::int32_t outputDebugStringPrefixLen = 32;
 };
 
 // Process-wide state shared by every object of the library. The applications use it from one
@@ -55,6 +63,20 @@ class StaticGlobals {
   String decimalSeparatorCache() const;
   void setDecimalSeparatorCache(String v);
 
+  // Whether new Unicode files get a BOM; every new FileSubs object sets it back to true.
+  bool writeUnicodeBOM() const;
+  void setWriteUnicodeBOM(bool v);
+
+  // The file error reports are appended to; empty while errors are not logged.
+  String errorLogPath() const;
+  void setErrorLogPath(String v);
+
+  // The log's settings, read once per process: nullopt until they have been. Storing keeps
+  // settings already stored (two threads may read the file at once; the first answer wins) and
+  // returns what is stored.
+  std::optional<LogSettings> logSettings() const;
+  LogSettings storeLogSettings(LogSettings v);
+
   // Null lists until the start-up procedure has created them.
   LocaleLists localeLists() const;
   void setLocaleLists(LocaleLists v);
@@ -78,6 +100,9 @@ class StaticGlobals {
   String decimalSeparator_;
   LocaleLists localeLists_;
   bool localeListsBuilt_ = false;
+  bool writeUnicodeBOM_ = true;
+  String errorLogPath_;
+  std::optional<LogSettings> logSettings_;
 };
 
 // Development-mode switch: constantly false in the built library; it exists so that a

@@ -8,8 +8,6 @@
 
 namespace orvo::frame {
 
-namespace {}  // namespace
-
 void HandleError(std::u16string_view procedure, std::int32_t number,
                  std::u16string_view description, bool reraise) {
   const String handledBy = String(u"Error handled by ") + String(procedure);
@@ -46,7 +44,8 @@ Error asError(const std::exception_ptr& caught) {
   } catch (...) {
     // A fault of our own code (a standard-library exception) surfaces as the language's
     // internal error rather than escaping as something an automation caller cannot read.
-    return Error(51, String(runtime::standardErrorText(51)));
+    return Error(runtime::errInternalError,
+                 String(runtime::standardErrorText(runtime::errInternalError)));
   }
 }
 

@@ -12,6 +12,7 @@
 #include "platform/locale_info.hpp"
 #include "resources/catalogue.hpp"
 #include "resources/resource_manager.hpp"
+#include "runtime/errors.hpp"
 #include "runtime/strings.hpp"
 #include "text/paths.hpp"
 #include "text/strings.hpp"
@@ -134,13 +135,14 @@ void resources::Initialise(ResourceManager& manager, const String& fileStub,
   if (!searchDirectory.empty()) {
     m.searchDirectory = text::PathWithBackslash(searchDirectory);
     if (!isTrue(files::DirExists(m.searchDirectory))) {
-      raise(0x8004F13C, resources::LibraryMessage(317, {Variant(m.searchDirectory)}));
+      raise(resources::kErrorNoSearchDirectory,
+            resources::LibraryMessage(317, {Variant(m.searchDirectory)}));
     }
   } else {
     m.searchDirectory.clear();
   }
   m.fileStub = runtime::Trim(fileStub);
-  if (m.fileStub.empty()) raise(0x8004F143, resources::LibraryString(324));
+  if (m.fileStub.empty()) raise(resources::kErrorNoFileStub, resources::LibraryString(324));
   m.load(m.fallback, kBritishEnglish);
   try {
     if (localeID != -1) {
@@ -172,7 +174,8 @@ void ResourceManager::LocaleID(std::int32_t value) {
   if (loaded) return;
   const String path = m.searchDirectory + m.fileName(value);
   const bool exists = isTrue(files::FileExists(path, VBool::False));
-  raise(0x8004F138, resources::LibraryMessage(exists ? 304 : 303, {Variant(path)}));
+  raise(resources::kErrorSatelliteNotLoaded,
+        resources::LibraryMessage(exists ? 304 : 303, {Variant(path)}));
 }
 
 std::int32_t ResourceManager::LocaleID() { return impl_->localeID; }
@@ -180,22 +183,26 @@ std::int32_t ResourceManager::LocaleID() { return impl_->localeID; }
 String ResourceManager::LoadResString(std::int32_t ResourceID) {
   const Impl& m = *impl_;
   if (ResourceID < 1 || ResourceID >= 65536) {
-    raise(0x8004F141, resources::LibraryMessage(322, {Variant(runtime::DecimalText(ResourceID))}));
+    raise(resources::kErrorResourceIDOutOfRange,
+          resources::LibraryMessage(322, {Variant(runtime::DecimalText(ResourceID))}));
   }
   if (m.primary) {
     if (auto text = m.read(m.primary, ResourceID)) return std::move(*text);
     if (m.strict) {
-      raise(0x8004F144, resources::LibraryMessage(325, {Variant(runtime::DecimalText(ResourceID)),
-                                                        Variant(m.fileName(m.localeID))}));
+      raise(resources::kErrorStringNotFound,
+            resources::LibraryMessage(
+                325, {Variant(runtime::DecimalText(ResourceID)), Variant(m.fileName(m.localeID))}));
     }
   }
   if (m.fallback) {
     if (auto text = m.read(m.fallback, ResourceID)) return std::move(*text);
-    raise(0x8004F144, resources::LibraryMessage(325, {Variant(runtime::DecimalText(ResourceID)),
-                                                      Variant(m.fileName(kBritishEnglish))}));
+    raise(resources::kErrorStringNotFound,
+          resources::LibraryMessage(325, {Variant(runtime::DecimalText(ResourceID)),
+                                          Variant(m.fileName(kBritishEnglish))}));
   }
   // The one error of the class raised without the library's source.
-  throw Error(static_cast<std::int32_t>(0x8004F138U), u"LoadResString: no satellite DLLs loaded.");
+  throw Error(static_cast<std::int32_t>(resources::kErrorSatelliteNotLoaded),
+              u"LoadResString: no satellite DLLs loaded.");
 }
 
 String ResourceManager::ExpandTranslation(std::int32_t TemplateID, SafeArray& ArgumentList) {
@@ -207,7 +214,7 @@ void ResourceManager::ModifyFontForLocale(std::shared_ptr<Object>& objFont) {
   if (!isTrue(FarEasternLocale())) return;
   if (!objFont) {
     // Nothing in place of a font: every step fails, and failures are ignored.
-    resumeNext([] { runtime::raise(91); });
+    resumeNext([] { runtime::raise(runtime::errObjectNotSet); });
     return;
   }
   FontAccess font(*objFont);

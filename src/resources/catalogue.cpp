@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "orvogeneric/error.hpp"
+#include "runtime/errors.hpp"
 #include "runtime/strings.hpp"
 #include "text/strings.hpp"
 
@@ -76,7 +77,8 @@ String LibraryString(std::int32_t number) {
   const auto it = std::lower_bound(kCatalogue.begin(), end, number,
                                    [](const Message& m, std::int32_t n) { return m.number < n; });
   if (it == end || it->number != number) {
-    throw Error(326, u"Resource with identifier '" + runtime::DecimalText(number) + u"' not found");
+    throw Error(runtime::errResourceNotFound,
+                u"Resource with identifier '" + runtime::DecimalText(number) + u"' not found");
   }
   return String(it->text);
 }

@@ -10,6 +10,13 @@
 // satellite files.
 namespace orvo::resources {
 
+// The resource manager's error numbers, raised with the library's source.
+inline constexpr std::uint32_t kErrorSatelliteNotLoaded = 0x8004F138;  // or none loaded at all
+inline constexpr std::uint32_t kErrorNoSearchDirectory = 0x8004F13C;
+inline constexpr std::uint32_t kErrorResourceIDOutOfRange = 0x8004F141;
+inline constexpr std::uint32_t kErrorNoFileStub = 0x8004F143;
+inline constexpr std::uint32_t kErrorStringNotFound = 0x8004F144;
+
 // The locale whose satellite stands in for one that cannot be loaded (1028 -> 2052,
 // 1033 -> 2057; every other locale is its own).
 std::int32_t fallbackLocale(std::int32_t lcid);

@@ -8,7 +8,6 @@
 #include <string>
 
 #include "automation/coerce.hpp"
-#include "files/encoding.hpp"
 #include "frame/state.hpp"
 #include "orvogeneric/automation.hpp"
 #include "orvogeneric/classes.hpp"
@@ -48,7 +47,6 @@ class ScratchDirectory {
     std::filesystem::current_path(previous_);
     std::filesystem::remove_all(dir_);
     frame::StaticGlobals::instance().resetForTesting();
-    files::setWriteUnicodeBOM(true);
   }
   ScratchDirectory(const ScratchDirectory&) = delete;
   ScratchDirectory& operator=(const ScratchDirectory&) = delete;

@@ -7,6 +7,7 @@
 #include <regex>
 
 #include "files/files_fixture.hpp"
+#include "frame/state.hpp"
 #include "support/test_support.hpp"
 
 namespace orvo::errors {
@@ -33,10 +34,10 @@ class ErrorReports : public test::FilesTest {
   void SetUp() override {
     FilesTest::SetUp();
     previous_ = setUserInterface(ui_);
-    StartLoggingErrors(u"");
+    frame::StaticGlobals::instance().resetForTesting();
   }
   void TearDown() override {
-    StartLoggingErrors(u"");
+    frame::StaticGlobals::instance().resetForTesting();
     setUserInterface(previous_);
     FilesTest::TearDown();
   }

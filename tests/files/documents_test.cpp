@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "files/files_fixture.hpp"
@@ -22,12 +22,11 @@ class OpenDocumentTest : public test::FilesTest {
  protected:
   void SetUp() override {
     FilesTest::SetUp();
-    if (const char* path = std::getenv("PATH")) previousPath_ = path;
     std::filesystem::create_directory(dir_ / "bin");
-    ::setenv("PATH", (dir_ / "bin").c_str(), 1);
+    path_.emplace("PATH", (dir_ / "bin").c_str());
   }
   void TearDown() override {
-    ::setenv("PATH", previousPath_.c_str(), 1);
+    path_.reset();
     FilesTest::TearDown();
   }
   void installOpener(int status) {
@@ -45,7 +44,7 @@ class OpenDocumentTest : public test::FilesTest {
     OpenDocument(document, 0, out.success, out.error);
     return out;
   }
-  std::string previousPath_;
+  std::optional<test::ScopedEnvironment> path_;
 };
 
 TEST_F(OpenDocumentTest, TheOpenerGetsTheDocumentAsOneArgument) {

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "files/files_fixture.hpp"
+#include "frame/state.hpp"
 #include "support/test_support.hpp"
 
 namespace orvo::files {
@@ -10,64 +13,23 @@ namespace {
 
 using Encodings = test::FilesTest;
 
-std::string utf16leWithZeros(std::size_t bytes, std::size_t zeros) {
-  // "A\0" pairs give a zero at every even position (counting from 1); the rest are letters.
-  std::string s;
-  for (std::size_t i = 0; i < bytes; ++i) s += (i % 2 == 1 && i / 2 < zeros) ? '\0' : 'A';
-  return s;
-}
-
 TEST_F(Encodings, DetectionFollowsThePlatformRules) {
-  struct Case {
-    const char* name;
-    std::string bytes;
-    enumFileEncoding want;
-  };
-  const Case cases[] = {
-      {"empty", "", encANSI},
-      {"one zero byte", std::string(1, '\0'), encBIN},
-      {"one letter", "a", encANSI},
-      {"UTF-32 LE BOM", std::string("\xFF\xFE\0\0A\0\0\0", 8), encUTF32_LE},
-      {"UTF-32 BE BOM", std::string("\0\0\xFE\xFF\0\0\0A", 8), encUTF32_BE},
-      {"UTF-16 LE BOM",
-       std::string("\xFF\xFE"
-                   "A\0",
-                   4),
-       encUTF16_LE},
-      {"UTF-16 BE BOM", std::string("\xFE\xFF\0A", 4), encUTF16_BE},
-      {"UTF-8 BOM", "\xEF\xBB\xBFtext", encUTF8_BOM},
-      {"UTF-8 BOM inside the six-byte window",
-       "AB\xEF\xBB\xBF"
-       "C",
-       encUTF8_BOM},
-      {"UTF-8 BOM at offset 6 is not one", "ABCDEF\xEF\xBB\xBF", encUTF8_NB},
-      {"UTF-16 BOM at offset 2",
-       "AB\xFF\xFE"
-       "CD",
-       encUTF16_LE},
-      {"UTF-16 BOM at offset 3 is outside",
-       "ABC\xFF\xFE"
-       "D",
-       encANSI},
-      {"ASCII only", "plain ascii text\r\n", encANSI},
-      {"one two-byte UTF-8 sequence", "caf\xC3\xA9 au lait", encUTF8_NB},
-      {"a lone E9", "caf\xE9 au lait", encANSI},
-      {"UTF-8 cut by the end", "abc\xE2\x82", encANSI},
-      {"UTF-8 then cut by the end",
-       "\xC3\xA9"
-       "abc\xE2\x82",
-       encUTF8_NB},
-      {"UTF-16 LE without BOM, 10 zeros", utf16leWithZeros(20, 10), encUTF16_LE_NB},
-      {"only 9 zeros", utf16leWithZeros(20, 9), encBIN},
-      {"odd length", utf16leWithZeros(21, 10), encBIN},
-      {"UTF-16 BE without BOM", std::string("\0A\0B\0C\0D\0E\0F\0G\0H\0I\0J\0K", 22),
-       encUTF16_BE_NB},
-      {"zeros on both parities", std::string("A\0\0B", 4) + utf16leWithZeros(20, 10), encBIN},
-  };
-  int n = 0;
-  for (const auto& c : cases) {
-    const String file = write("case" + std::to_string(n++), c.bytes);
-    EXPECT_EQ(TextFileEncoding(file), c.want) << c.name;
+  const std::map<String, enumFileEncoding> encodings = {{u"encBIN", encBIN},
+                                                        {u"encANSI", encANSI},
+                                                        {u"encUTF8_NB", encUTF8_NB},
+                                                        {u"encUTF16_LE_NB", encUTF16_LE_NB},
+                                                        {u"encUTF16_BE_NB", encUTF16_BE_NB},
+                                                        {u"encUTF8_BOM", encUTF8_BOM},
+                                                        {u"encUTF16_LE", encUTF16_LE},
+                                                        {u"encUTF16_BE", encUTF16_BE},
+                                                        {u"encUTF32_LE", encUTF32_LE},
+                                                        {u"encUTF32_BE", encUTF32_BE}};
+  const auto rows = test::readTestData("encoding_detection.tsv");
+  ASSERT_GE(rows.size(), 20U);
+  for (const auto& row : rows) {
+    ASSERT_EQ(row.fields.size(), 3U) << "line " << row.line;
+    const String file = write("case" + std::to_string(row.line), test::bytesOf(row.fields[1]));
+    EXPECT_EQ(TextFileEncoding(file), encodings.at(row.fields[2])) << test::show(row.fields[0]);
   }
   EXPECT_EQ(TextFileEncoding(path("missing")), encANSI);
   EXPECT_EQ(TextFileEncoding(fromUtf8(dir_.string())), encANSI) << "a directory";
@@ -126,10 +88,10 @@ TEST(EncodingTables, BomsCodePagesAndTheCheck) {
       EXPECT_EQ(bom.lowerBound(), 1) << c.e;
     }
   }
-  setWriteUnicodeBOM(false);
+  frame::StaticGlobals::instance().setWriteUnicodeBOM(false);
   EXPECT_EQ(EncodingFromCodePage(65001), encUTF8_NB);
   EXPECT_EQ(EncodingFromCodePage(12000), encUTF32_LE);
-  setWriteUnicodeBOM(true);
+  frame::StaticGlobals::instance().resetForTesting();  // BOMs are written by default
   EXPECT_EQ(EncodingFromCodePage(65001), encUTF8_BOM);
   EXPECT_EQ(EncodingFromCodePage(1252), encANSI);
 

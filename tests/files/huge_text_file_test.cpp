@@ -6,6 +6,7 @@
 #include "files/encoding.hpp"
 #include "files/files_fixture.hpp"
 #include "files/textio.hpp"
+#include "support/reference_lines.hpp"
 #include "support/test_support.hpp"
 
 namespace orvo::files {
@@ -13,24 +14,7 @@ namespace {
 
 using HugeText = test::FilesTest;
 using test::errorOf;
-
-// The lines of a text as the reader must give them: CR LF, CR and LF each end a line, and a
-// terminator at the very end does not start another.
-std::vector<String> referenceLines(const String& text) {
-  std::vector<String> lines;
-  String current;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == u'\r' || text[i] == u'\n') {
-      lines.push_back(current);
-      current.clear();
-      if (text[i] == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n') ++i;
-    } else {
-      current += text[i];
-    }
-  }
-  if (!current.empty()) lines.push_back(current);
-  return lines;
-}
+using test::referenceLines;
 
 std::vector<String> readAll(const String& file, std::int32_t bufferSize, std::int32_t* codePage,
                             std::int64_t* count) {

@@ -26,17 +26,20 @@ class Log : public test::FilesTest {
  protected:
   void SetUp() override {
     FilesTest::SetUp();
-    frame::StaticGlobals::instance().resetForTesting();
-    frame::InitialiseParentAppProperties(fromUtf8(dir_.string()), u"Model");
-    resetLogSettingsForTesting();
+    restart();
     previousSink_ =
         setDebugOutputSink([this](std::u16string_view line) { debugLines_.emplace_back(line); });
   }
   void TearDown() override {
     setDebugOutputSink(previousSink_);
-    resetLogSettingsForTesting();
     frame::StaticGlobals::instance().resetForTesting();
     FilesTest::TearDown();
+  }
+  // A freshly loaded library whose application is "Model" in the scratch directory. The
+  // information block traced on initialising reads the log's settings, from the current file.
+  void restart() {
+    frame::StaticGlobals::instance().resetForTesting();
+    frame::InitialiseParentAppProperties(fromUtf8(dir_.string()), u"Model");
   }
   // The log's lines with their time stamps checked and cut off.
   std::vector<std::string> unstamped(const std::string& text) const {
@@ -131,7 +134,7 @@ TEST_F(Log, DebuggerMirrorNameField) {
   FileSubs subs;
   for (const auto& c : cases) {
     write("ORVO.INI", c.ini);
-    resetLogSettingsForTesting();
+    restart();
     debugLines_.clear();
     subs.AddToLogB(u"run", c.prefix);
     // Read once per process: a changed file is not seen again.
@@ -149,9 +152,9 @@ TEST_F(Log, DebuggerMirrorNameField) {
   }
   // A negative width fails inside the mirror; the caller sees nothing and the file line is
   // written first all the same.
-  write("Model.log", "");
   write("ORVO.INI", "[Logging]\r\nOutputDebugString=True\r\nOutputDebugStringPrefixLen=-1\r\n");
-  resetLogSettingsForTesting();
+  restart();
+  write("Model.log", "");
   debugLines_.clear();
   subs.AddToLog(u"still written");
   EXPECT_TRUE(debugLines_.empty());

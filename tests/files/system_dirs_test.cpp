@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <optional>
 #include <string>
 
@@ -12,33 +11,8 @@
 namespace orvo::files {
 namespace {
 
+using test::ScopedEnvironment;
 using test::TraceCapture;
-
-// Sets or clears an environment variable for the test's lifetime.
-class ScopedEnv {
- public:
-  ScopedEnv(const char* name, std::optional<std::string> value) : name_(name) {
-    if (const char* old = std::getenv(name)) previous_ = old;
-    if (value) {
-      ::setenv(name, value->c_str(), 1);
-    } else {
-      ::unsetenv(name);
-    }
-  }
-  ~ScopedEnv() {
-    if (previous_) {
-      ::setenv(name_, previous_->c_str(), 1);
-    } else {
-      ::unsetenv(name_);
-    }
-  }
-  ScopedEnv(const ScopedEnv&) = delete;
-  ScopedEnv& operator=(const ScopedEnv&) = delete;
-
- private:
-  const char* name_;
-  std::optional<std::string> previous_;
-};
 
 class SystemDirs : public test::FilesTest {
  protected:
@@ -65,7 +39,7 @@ TEST_F(SystemDirs, TempDirEndsWithASeparator) {
       {"", u"/tmp/"},
   };
   for (const auto& c : cases) {
-    const ScopedEnv env("TMPDIR", c.tmpdir);
+    const ScopedEnvironment env("TMPDIR", c.tmpdir ? c.tmpdir->c_str() : nullptr);
     TraceCapture trace;
     EXPECT_EQ(TempDir(), c.expected) << c.tmpdir.value_or("(unset)");
     EXPECT_TRUE(trace.messages().empty());
@@ -75,7 +49,7 @@ TEST_F(SystemDirs, TempDirEndsWithASeparator) {
 TEST_F(SystemDirs, AMissingTempDirFallsBackToTheApplicationsFolder) {
   ASSERT_TRUE(frame::StaticGlobals::instance().initialiseParentApp(fromUtf8(dir_.string()),
                                                                    u"model", u"model"));
-  const ScopedEnv env("TMPDIR", (dir_ / "gone").string());
+  const ScopedEnvironment env("TMPDIR", (dir_ / "gone").c_str());
   TraceCapture trace;
   const String app = fromUtf8(dir_.string()) + u"/";
   EXPECT_EQ(TempDir(), app);
@@ -87,20 +61,20 @@ TEST_F(SystemDirs, AMissingTempDirFallsBackToTheApplicationsFolder) {
 
 TEST_F(SystemDirs, WinDirIsTheConfiguredFolderOrEtc) {
   {
-    const ScopedEnv env("ORVO_WINDIR", dir_.string());
+    const ScopedEnvironment env("ORVO_WINDIR", dir_.c_str());
     EXPECT_EQ(WinDir(), fromUtf8(dir_.string()));
   }
   {
-    const ScopedEnv env("ORVO_WINDIR", std::nullopt);
+    const ScopedEnvironment env("ORVO_WINDIR", nullptr);
     EXPECT_EQ(WinDir(), u"/etc");
   }
   {
     // The answer must fit the platform's 260-character buffer, terminator included.
-    const ScopedEnv env("ORVO_WINDIR", "/" + std::string(259, 'w'));
+    const ScopedEnvironment env("ORVO_WINDIR", ("/" + std::string(259, 'w')).c_str());
     EXPECT_EQ(WinDir(), u"");
   }
   {
-    const ScopedEnv env("ORVO_WINDIR", "/" + std::string(258, 'w'));
+    const ScopedEnvironment env("ORVO_WINDIR", ("/" + std::string(258, 'w')).c_str());
     EXPECT_EQ(WinDir().size(), 259U);
   }
 }

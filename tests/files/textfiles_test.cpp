@@ -5,6 +5,7 @@
 #include "files/encoding.hpp"
 #include "files/files_fixture.hpp"
 #include "files/textio.hpp"
+#include "frame/state.hpp"
 #include "support/test_support.hpp"
 
 namespace orvo::files {
@@ -182,7 +183,7 @@ TEST_F(TextFiles, WritingWholeFiles) {
       {"UTF-8 without BOM", 65001, true, false, "caf\xC3\xA9"},
   };
   for (const auto& c : cases) {
-    setWriteUnicodeBOM(c.unicodeBOM);
+    frame::StaticGlobals::instance().setWriteUnicodeBOM(c.unicodeBOM);
     // An older, longer file of another encoding must be replaced, not overwritten in place.
     const String file = write("out.txt",
                               "\xFF\xFE"
@@ -195,7 +196,7 @@ TEST_F(TextFiles, WritingWholeFiles) {
       EXPECT_EQ(ReadTextFileToStringB(file, &cp), u"caf\u00e9") << c.name;
     }
   }
-  setWriteUnicodeBOM(true);
+  frame::StaticGlobals::instance().resetForTesting();
 
   const SafeArray lines(1, std::vector<String>{u"one", u"", u"three"});
   WriteStringArrayToTextFile(lines, path("lines.txt"));

@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <memory>
 
 #include "files/files_fixture.hpp"
-#include "frame/library_info.hpp"
 #include "frame/state.hpp"
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/user_interface.hpp"
@@ -67,33 +67,30 @@ TEST_F(ParentApp, AccessorsAddOneSeparator) {
   EXPECT_EQ(sParentAppPathAndEXEName(), base() + u"/Model");
 }
 
+// The expected block is the data file's, filled in with the version fields the build was
+// configured with and the test program's own directory, read from the system.
 TEST_F(ParentApp, InitialisationWritesTheInformationBlock) {
+  const std::map<String, String> values = {
+      {u"{description}", fromUtf8(ORVO_EXPECTED_DESCRIPTION)},
+      {u"{title}", fromUtf8(ORVO_EXPECTED_TITLE)},
+      {u"{company}", fromUtf8(ORVO_EXPECTED_COMPANY)},
+      {u"{copyright}", fromUtf8(ORVO_EXPECTED_COPYRIGHT)},
+      {u"{comments}", fromUtf8(ORVO_EXPECTED_COMMENTS)},
+      {u"{directory}",
+       fromUtf8(std::filesystem::read_symlink("/proc/self/exe").parent_path().string())},
+      {u"{path}", base()},
+  };
+  std::vector<String> expected;
+  for (const auto& row : test::readTestData("information_block.txt")) {
+    String line = row.fields.at(0);
+    for (const auto& [name, value] : values) {
+      if (const auto at = line.find(name); at != String::npos) line.replace(at, name.size(), value);
+    }
+    expected.push_back(line);
+  }
   TraceCapture trace;
   InitialiseParentAppProperties(base(), u"Model");
-  const LibraryInfo& info = libraryInfo();
-  const std::vector<String> expected = {
-      u" ",
-      u"----------------------< GENERIC DLL >----------------------",
-      u"  Description           : " + info.description,
-      u"  DLL Title             : " + info.title,
-      u"  Company name          : " + info.companyName,
-      u"  Copyright             : " + info.copyright,
-      u"  Comments              : " + info.comments,
-      u"  DLL name              : " + info.moduleName,
-      u"  DLL path              : " + info.directory,
-      u"  Start mode            : 0",  // the test program links the library's code in
-      u"-----------------------------------------------------------",
-      u"Parent App Properties -------------------------------------",
-      u"ParentAppPath:              " + base(),
-      u"ParentAppEXEName:           Model",
-      u"msParentAppTitle:           Model",
-      u"Parent App Properties -------------------------------------",
-      u"app.exepath:         " + info.directory,
-  };
   EXPECT_EQ(trace.messages(), expected);
-  EXPECT_EQ(info.moduleName, u"orvo_tests");
-  EXPECT_EQ(info.directory + u"/orvo_tests", platform::executablePath());
-  for (std::size_t i = 2; i <= 9; ++i) EXPECT_EQ(expected[i].find(u": "), 24U) << i;
 }
 
 TEST_F(ParentApp, BadArgumentsStoreNothingAndTheExecutableIsUsed) {

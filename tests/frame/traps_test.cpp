@@ -5,7 +5,6 @@
 
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "frame/state.hpp"
@@ -154,21 +153,6 @@ TEST_F(FrameTest, SuppressionLastsUntilAnINIObjectIsCreatedOrItIsLifted) {
   frame::LibraryTrace(u"kept 2");
   EXPECT_EQ(trace.messages(), (std::vector<String>{u"kept 1", u"kept 2"}));
   EXPECT_EQ(frame::StaticGlobals::instance().eol(), u"\r\n");
-}
-
-TEST_F(FrameTest, StateIsSafeToUseFromSeveralThreads) {
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([t] {
-      for (int i = 0; i < 2000; ++i) {
-        frame::SetLoggingSuppressed((i + t) % 2 == 0);
-        frame::StaticGlobals::instance().setParentAppTitle(u"T" + fromUtf8(std::to_string(t)));
-        (void)frame::StaticGlobals::instance().parentAppTitle();
-      }
-    });
-  }
-  for (auto& th : threads) th.join();
-  EXPECT_EQ(frame::StaticGlobals::instance().parentAppTitle().size(), 2U);
 }
 
 }  // namespace

@@ -62,11 +62,9 @@ String unescape(const std::string& field) {
   return out;
 }
 
-}  // namespace
-
-std::vector<GoldenRow> readGolden(const std::string& fileName) {
-  std::ifstream in(std::string(ORVO_GOLDEN_DIR) + "/" + fileName);
-  if (!in) throw std::runtime_error("cannot open golden file " + fileName);
+std::vector<GoldenRow> readRows(const std::string& directory, const std::string& fileName) {
+  std::ifstream in(directory + "/" + fileName);
+  if (!in) throw std::runtime_error("cannot open data file " + fileName);
   std::vector<GoldenRow> rows;
   std::string line;
   int number = 0;
@@ -88,31 +86,29 @@ std::vector<GoldenRow> readGolden(const std::string& fileName) {
   return rows;
 }
 
-double parseHexDouble(const String& field) { return std::strtod(toUtf8(field).c_str(), nullptr); }
+}  // namespace
 
-ScopedLocale::ScopedLocale(const char* localeName) {
-  if (const char* old = std::getenv("LC_ALL")) {
-    previous_ = old;
-    hadPrevious_ = true;
-  }
-  ::setenv("LC_ALL", localeName, 1);
-  frame::StaticGlobals::instance().setDecimalSeparatorCache({});
+std::vector<GoldenRow> readGolden(const std::string& fileName) {
+  return readRows(ORVO_GOLDEN_DIR, fileName);
 }
 
-ScopedLocale::~ScopedLocale() {
-  if (hadPrevious_) {
-    ::setenv("LC_ALL", previous_.c_str(), 1);
-  } else {
-    ::unsetenv("LC_ALL");
+std::vector<GoldenRow> readTestData(const std::string& fileName) {
+  return readRows(ORVO_TEST_DATA_DIR, fileName);
+}
+
+double parseHexDouble(const String& field) { return std::strtod(toUtf8(field).c_str(), nullptr); }
+
+std::string bytesOf(const String& field) {
+  std::string bytes;
+  for (const char16_t unit : field) {
+    if (unit > 0xFF) throw std::runtime_error("not a byte in data field: " + toUtf8(field));
+    bytes += static_cast<char>(unit);
   }
-  frame::StaticGlobals::instance().setDecimalSeparatorCache({});
+  return bytes;
 }
 
 ScopedEnvironment::ScopedEnvironment(const char* name, const char* value) : name_(name) {
-  if (const char* old = std::getenv(name)) {
-    previous_ = old;
-    hadPrevious_ = true;
-  }
+  if (const char* old = std::getenv(name)) previous_ = old;
   if (value != nullptr) {
     ::setenv(name, value, 1);
   } else {
@@ -121,12 +117,19 @@ ScopedEnvironment::ScopedEnvironment(const char* name, const char* value) : name
 }
 
 ScopedEnvironment::~ScopedEnvironment() {
-  if (hadPrevious_) {
-    ::setenv(name_.c_str(), previous_.c_str(), 1);
+  if (previous_) {
+    ::setenv(name_.c_str(), previous_->c_str(), 1);
   } else {
     ::unsetenv(name_.c_str());
   }
 }
+
+ScopedLocale::ScopedLocale(const char* localeName) : lcAll_("LC_ALL", localeName) {
+  frame::StaticGlobals::instance().setDecimalSeparatorCache({});
+}
+
+// The separator is computed again on first use, after LC_ALL is restored.
+ScopedLocale::~ScopedLocale() { frame::StaticGlobals::instance().setDecimalSeparatorCache({}); }
 
 bool runInProcesses(int count, const std::function<bool(int)>& body) {
   std::vector<pid_t> children;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,7 +22,25 @@ struct GoldenRow {
   int line = 0;
 };
 std::vector<GoldenRow> readGolden(const std::string& fileName);  // relative to tests/golden
-double parseHexDouble(const String& field);                      // C99 "%a" text
+// The same format for the tests' own tables of cases, relative to tests/data.
+std::vector<GoldenRow> readTestData(const std::string& fileName);
+double parseHexDouble(const String& field);  // C99 "%a" text
+// A field that stands for bytes ("\u{FF}" one byte): each code unit one byte, none above 0xFF.
+std::string bytesOf(const String& field);
+
+// Sets one environment variable (nullptr: unsets it) for the object's lifetime, then puts back
+// what was there before, set or unset.
+class ScopedEnvironment {
+ public:
+  ScopedEnvironment(const char* name, const char* value);
+  ~ScopedEnvironment();
+  ScopedEnvironment(const ScopedEnvironment&) = delete;
+  ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
+
+ private:
+  std::string name_;
+  std::optional<std::string> previous_;
+};
 
 // Sets LC_ALL (and clears the cached regional decimal separator) for the test's lifetime.
 class ScopedLocale {
@@ -32,22 +51,7 @@ class ScopedLocale {
   ScopedLocale& operator=(const ScopedLocale&) = delete;
 
  private:
-  std::string previous_;
-  bool hadPrevious_ = false;
-};
-
-// Sets one environment variable (nullptr: unsets it) for the test's lifetime.
-class ScopedEnvironment {
- public:
-  ScopedEnvironment(const char* name, const char* value);
-  ~ScopedEnvironment();
-  ScopedEnvironment(const ScopedEnvironment&) = delete;
-  ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
-
- private:
-  std::string name_;
-  std::string previous_;
-  bool hadPrevious_ = false;
+  ScopedEnvironment lcAll_;
 };
 
 // Captures library trace lines for the test's lifetime.

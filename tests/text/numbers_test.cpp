@@ -55,7 +55,7 @@ TEST(NumbersTest, DotRegionLeavesTextAsItIs) {
 TEST(NumbersTest, TheSeparatorIsComputedOnceAndThenKept) {
   const ScopedLocale english("en_US.UTF-8");
   EXPECT_EQ(DPDelimiter(), u".");
-  ::setenv("LC_ALL", "de_DE.UTF-8", 1);  // a change of regional settings mid-run is not seen
+  const test::ScopedEnvironment german("LC_ALL", "de_DE.UTF-8");  // a change mid-run is not seen
   EXPECT_EQ(DPDelimiter(), u".");
   frame::StaticGlobals::instance().setDecimalSeparatorCache({});
   EXPECT_EQ(DPDelimiter(), u",");

@@ -13,7 +13,8 @@ import re
 import sys
 
 SCALARS = {
-    # idl type: (in-parameter C++, value C++, coerce target)
+    # idl type: (C++ type of an in-parameter, C++ type of a value: a result, a by-reference
+    # parameter, and what the invokers coerce an argument to)
     "String": ("const String&", "String"),
     "Variant": ("const Variant&", "Variant"),
     "Boolean": ("VBool", "VBool"),

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,39 +12,6 @@ namespace orvo::platform {
 namespace {
 
 using test::show;
-
-class EnvironmentGuard {
- public:
-  EnvironmentGuard() {
-    for (const char* v : kVars) {
-      const char* value = std::getenv(v);
-      saved_.emplace_back(v, value ? std::optional<std::string>(value) : std::nullopt);
-    }
-  }
-  ~EnvironmentGuard() {
-    for (const auto& [name, value] : saved_) {
-      if (value) {
-        ::setenv(name, value->c_str(), 1);
-      } else {
-        ::unsetenv(name);
-      }
-    }
-  }
-  EnvironmentGuard(const EnvironmentGuard&) = delete;
-  EnvironmentGuard& operator=(const EnvironmentGuard&) = delete;
-  static constexpr const char* kVars[] = {"LC_ALL", "LC_NUMERIC", "LC_TIME", "LANG"};
-
- private:
-  std::vector<std::pair<const char*, std::optional<std::string>>> saved_;
-};
-
-void setOrUnset(const char* name, const char* value) {
-  if (value != nullptr) {
-    ::setenv(name, value, 1);
-  } else {
-    ::unsetenv(name);
-  }
-}
 
 TEST(LocaleTest, UserLocaleComesFromTheEnvironmentInPosixOrder) {
   struct Case {
@@ -65,11 +30,10 @@ TEST(LocaleTest, UserLocaleComesFromTheEnvironmentInPosixOrder) {
       {nullptr, nullptr, nullptr, "en_US"},
       {"C.UTF-8", nullptr, nullptr, "en_US"},
   };
-  const EnvironmentGuard guard;
   for (const auto& c : cases) {
-    setOrUnset("LC_ALL", c.lcAll);
-    setOrUnset("LC_NUMERIC", c.lcNumeric);
-    setOrUnset("LANG", c.lang);
+    const test::ScopedEnvironment lcAll("LC_ALL", c.lcAll);
+    const test::ScopedEnvironment lcNumeric("LC_NUMERIC", c.lcNumeric);
+    const test::ScopedEnvironment lang("LANG", c.lang);
     EXPECT_EQ(userLocaleName(), c.expected)
         << (c.lcAll ? c.lcAll : "-") << " / " << (c.lcNumeric ? c.lcNumeric : "-");
   }
