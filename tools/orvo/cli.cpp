@@ -14,8 +14,6 @@ namespace orvo::cli {
 
 namespace {
 
-using automation::MemberKind;
-
 [[noreturn]] void fail(std::int32_t number, const std::string& text) {
   throw Error(number, fromUtf8(text), u"orvo");
 }
@@ -47,61 +45,14 @@ std::pair<std::string, std::string> splitTarget(const std::string& target) {
   return {target.substr(0, dot), target.substr(dot + 1)};
 }
 
-bool sameName(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return std::toupper(static_cast<unsigned char>(x)) ==
-                  std::toupper(static_cast<unsigned char>(y));
-         });
-}
-
 std::string run(Call call, ObjectTable& objects) {
-  const auto* cls = automation::findClass(call.target->className());
-  MemberKind kind = MemberKind::Method;
-  if (call.let) {
-    kind = MemberKind::PropertyLet;
-  } else if (cls != nullptr &&
-             automation::findMember(*cls, call.member, MemberKind::Method) == nullptr &&
-             automation::findMember(*cls, call.member, MemberKind::PropertyGet) != nullptr) {
-    kind = MemberKind::PropertyGet;
-  }
-  const automation::MemberInfo* member =
-      cls != nullptr ? automation::findMember(*cls, call.member, kind) : nullptr;
-  if (member == nullptr) {
-    fail(438, "Object doesn't support this property or method: " +
-                  std::string(call.target->className()) + "." + call.member.substr(0, 80));
-  }
-  // Arrays travel by reference so that they are not copied, not because they are answers: an
-  // array the call left as it was is not repeated back. Keeping a copy of each costs nothing
-  // (copies share their elements until one is written), and the arguments themselves move
-  // into the call.
-  std::vector<std::pair<std::string_view, Variant>> passedArrays;
-  for (std::size_t i = 0; i < call.args.size() && i < member->params.size(); ++i) {
-    if (call.args[i].isArray()) passedArrays.emplace_back(member->params[i].name, call.args[i]);
-  }
-  for (const auto& n : call.named) {
-    if (!n.value.isArray()) continue;
-    for (const auto& p : member->params) {
-      if (sameName(p.name, n.name)) passedArrays.emplace_back(p.name, n.value);
-    }
-  }
   const automation::CallResult result =
-      call.let ? automation::invoke(*call.target, call.member, {std::move(*call.let)}, {}, kind)
-               : automation::invoke(*call.target, call.member, std::move(call.args),
-                                    std::move(call.named), kind);
+      automation::call(*call.target, call.member, std::move(call.args), std::move(call.named),
+                       std::move(call.let), u"orvo");
   std::string out = "{\"result\":";
   appendJson(out, result.result, objects);
   bool first = true;
-  for (const auto& entry : result.byref) {
-    const std::string& name = entry.first;
-    const Variant& value = entry.second;
-    if (const SafeArray* after = value.array()) {
-      const auto passed = std::find_if(passedArrays.begin(), passedArrays.end(),
-                                       [&](const auto& p) { return p.first == name; });
-      if (passed != passedArrays.end() &&
-          (after->sharesElementsWith(*passed->second.array()) || passed->second == value)) {
-        continue;
-      }
-    }
+  for (const auto& [name, value] : result.byref) {
     out += first ? ",\"byref\":{" : ",";
     first = false;
     appendQuoted(out, fromUtf8(name));
