@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <exception>
-#include <new>
 #include <optional>
 #include <vector>
 
@@ -28,10 +27,11 @@ struct Call {
 
 std::shared_ptr<Object> classInstance(const std::string& className) {
   const auto* cls = automation::findClass(className);
-  if (cls == nullptr) fail(429, "ActiveX component can't create object: no class " + className);
+  if (cls == nullptr)
+    fail(errCantCreateObject, "ActiveX component can't create object: no class " + className);
   if (!cls->global) {
-    fail(429, "ActiveX component can't create object: " + className +
-                  " is handed out by FactoryMethods only");
+    fail(errCantCreateObject, "ActiveX component can't create object: " + className +
+                                  " is handed out by FactoryMethods only");
   }
   return automation::globalInstance(className);
 }
@@ -39,8 +39,9 @@ std::shared_ptr<Object> classInstance(const std::string& className) {
 std::pair<std::string, std::string> splitTarget(const std::string& target) {
   const auto dot = target.find('.');
   if (dot == std::string::npos || dot == 0 || dot + 1 == target.size()) {
-    fail(5, "Invalid procedure call or argument: expected Class.Member, got \"" +
-                target.substr(0, 80) + "\"");
+    fail(errInvalidProcedureCall,
+         "Invalid procedure call or argument: expected Class.Member, got \"" +
+             target.substr(0, 80) + "\"");
   }
   return {target.substr(0, dot), target.substr(dot + 1)};
 }
@@ -71,11 +72,13 @@ Variant argumentFromText(const std::string& text, const ObjectTable& objects) {
   }
 }
 
+// What escaped the call, numbered and worded as the library reports it, as orvo's own error;
+// an internal error also says what failed, for whoever reads the line.
 std::string describeFailure(const std::exception& e) {
-  if (dynamic_cast<const std::bad_alloc*>(&e) != nullptr) {
-    return errorJson(Error(7, u"Out of memory", u"orvo"));
-  }
-  return errorJson(Error(51, u"Internal error: " + fromUtf8(e.what()), u"orvo"));
+  const Error error = asError(std::current_exception());
+  String description = error.description();
+  if (error.number() == errInternalError) description += u": " + fromUtf8(e.what());
+  return errorJson(Error(error.number(), description, u"orvo"));
 }
 
 }  // namespace
@@ -106,7 +109,9 @@ std::string batchLine(std::string_view line, ObjectTable& objects) {
 
 CallAnswer callLine(int argc, const char* const* argv, ObjectTable& objects) {
   try {
-    if (argc < 3) fail(5, "Invalid procedure call or argument: orvo call Class.Member [ARG...]");
+    if (argc < 3)
+      fail(errInvalidProcedureCall,
+           "Invalid procedure call or argument: orvo call Class.Member [ARG...]");
     const auto [className, member] = splitTarget(argv[2]);
     Call call{classInstance(className), member, {}, {}, std::nullopt};
     for (int i = 3; i < argc; ++i) {
@@ -124,7 +129,8 @@ CallAnswer callLine(int argc, const char* const* argv, ObjectTable& objects) {
                               argumentFromText(std::string(arg.substr(assign + 2)), objects)});
       } else {
         if (!call.named.empty()) {
-          fail(5, "Invalid procedure call or argument: positional after named");
+          fail(errInvalidProcedureCall,
+               "Invalid procedure call or argument: positional after named");
         }
         call.args.push_back(argumentFromText(std::string(arg), objects));
       }
