@@ -1,16 +1,14 @@
 #include "file_verbs.hpp"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <charconv>
 #include <cstdio>
-#include <cstring>
+#include <filesystem>
+#include <system_error>
 
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/error.hpp"
 #include "orvogeneric/text_conversion.hpp"
+#include "orvogeneric/tool_checks.hpp"
 #include "verb_support.hpp"
 
 namespace orvo::cli {
@@ -43,26 +41,31 @@ const char* encodingName(std::int32_t e) {
 
 // A file to read: missing, a directory and unreadable are told apart.
 bool readable(const std::string& path, std::string& why, std::int64_t* size = nullptr) {
-  struct stat st {};
-  if (::stat(path.c_str(), &st) != 0) {
-    why = std::strerror(errno);
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  if (error) {
+    why = error.message();
     return false;
   }
-  if (S_ISDIR(st.st_mode)) {
+  if (std::filesystem::is_directory(status)) {
     why = "is a directory";
     return false;
   }
-  if (::access(path.c_str(), R_OK) != 0) {
-    why = std::strerror(errno);
+  if (const std::error_code denied = readAccess(path)) {
+    why = denied.message();
     return false;
   }
-  if (size != nullptr) *size = static_cast<std::int64_t>(st.st_size);
+  if (size != nullptr) {
+    // Only a regular file has a size worth showing progress against.
+    const std::uintmax_t bytes = std::filesystem::file_size(path, error);
+    *size = error ? 0 : static_cast<std::int64_t>(bytes);
+  }
   return true;
 }
 
 void progress(const std::string& verb, const std::string& file, std::int64_t doneBytes,
               std::int64_t total) {
-  if (total <= kProgressThreshold || ::isatty(STDERR_FILENO) == 0) return;
+  if (total <= kProgressThreshold || !isTerminal(StandardStream::Error)) return;
   std::fprintf(stderr, "\rorvo %s %s: %3lld%%", verb.c_str(), file.c_str(),
                static_cast<long long>(doneBytes * 100 / total));
   if (doneBytes >= total) std::fputs("\n", stderr);
