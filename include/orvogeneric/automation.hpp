@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -81,5 +82,16 @@ struct CallResult {
 ORVO_API CallResult invoke(Object& object, std::string_view member, std::vector<Variant> args,
                            std::vector<NamedArgument> named = {},
                            MemberKind kind = MemberKind::Method);
+
+// A late-bound call as a script host makes it from a name: with a let value the property is
+// assigned (the arguments are not used); otherwise the method of that name, or the property
+// read when there is no such method. A name the object's class does not have raises 438
+// "Object doesn't support this property or method: Class.Member" (the name cut at 80 bytes)
+// with caller as its source, as a host reports its own late-binding errors under its name.
+// The by-reference results leave out each array the call did not change (see call.cpp); every
+// other in/out parameter is reported.
+ORVO_API CallResult call(Object& object, std::string_view member, std::vector<Variant> args,
+                         std::vector<NamedArgument> named, std::optional<Variant> let,
+                         std::u16string_view caller);
 
 }  // namespace orvo::automation

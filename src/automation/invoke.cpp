@@ -1,9 +1,9 @@
 #include <algorithm>
-#include <cctype>
 #include <map>
 #include <mutex>
 
 #include "automation/coerce.hpp"
+#include "automation/names.hpp"
 #include "orvogeneric/automation.hpp"
 #include "orvogeneric/error.hpp"
 #include "platform/locale.hpp"
@@ -13,13 +13,6 @@
 namespace orvo::automation {
 
 namespace {
-
-bool sameName(std::string_view a, std::string_view b) noexcept {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return std::toupper(static_cast<unsigned char>(x)) ==
-                  std::toupper(static_cast<unsigned char>(y));
-         });
-}
 
 const platform::RegionalSettings& regional() { return *platform::userRegionalSettings(); }
 

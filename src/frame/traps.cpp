@@ -6,6 +6,24 @@
 #include "orvogeneric/user_interface.hpp"
 #include "runtime/strings.hpp"
 
+namespace orvo {
+
+Error asError(const std::exception_ptr& caught) {
+  try {
+    std::rethrow_exception(caught);
+  } catch (const Error& e) {
+    return e;
+  } catch (const std::bad_alloc&) {
+    return Error(errOutOfMemory, String(runtime::standardErrorText(errOutOfMemory)));
+  } catch (...) {
+    // A fault of our own code (a standard-library exception) surfaces as the language's
+    // internal error rather than escaping as something an automation caller cannot read.
+    return Error(errInternalError, String(runtime::standardErrorText(errInternalError)));
+  }
+}
+
+}  // namespace orvo
+
 namespace orvo::frame {
 
 void HandleError(std::u16string_view procedure, std::int32_t number,
@@ -31,22 +49,6 @@ void HandleError(std::u16string_view procedure, std::int32_t number,
 
 void RaiseLibraryError(std::u16string_view message) {
   throw Error(kLibraryErrorNumber, String(message));
-}
-
-Error asError(const std::exception_ptr& caught) {
-  try {
-    std::rethrow_exception(caught);
-  } catch (const Error& e) {
-    return e;
-  } catch (const std::bad_alloc&) {
-    return Error(runtime::errOutOfMemory,
-                 String(runtime::standardErrorText(runtime::errOutOfMemory)));
-  } catch (...) {
-    // A fault of our own code (a standard-library exception) surfaces as the language's
-    // internal error rather than escaping as something an automation caller cannot read.
-    return Error(runtime::errInternalError,
-                 String(runtime::standardErrorText(runtime::errInternalError)));
-  }
 }
 
 void RaiseWithContext(std::u16string_view procedure, std::u16string_view context,

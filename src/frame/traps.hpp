@@ -21,8 +21,8 @@ void HandleError(std::u16string_view procedure, std::int32_t number,
 // Raises kLibraryErrorNumber with the message as description and no source.
 [[noreturn]] void RaiseLibraryError(std::u16string_view message);
 
-// Any exception as the numbered error the language would have seen.
-Error asError(const std::exception_ptr& caught);
+// The traps turn what they catch into the language's error with the public asError.
+using orvo::asError;
 
 // The standard trap around a procedure body.
 template <class Body>

@@ -1,15 +1,14 @@
 #include "file_verbs.hpp"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <charconv>
 #include <cstdio>
-#include <cstring>
+#include <filesystem>
+#include <system_error>
 
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/error.hpp"
+#include "orvogeneric/text_conversion.hpp"
+#include "orvogeneric/tool_checks.hpp"
 #include "verb_support.hpp"
 
 namespace orvo::cli {
@@ -17,7 +16,6 @@ namespace orvo::cli {
 namespace {
 
 constexpr std::int64_t kProgressThreshold = 100LL << 20;
-constexpr std::size_t kChunk = 1 << 20;
 
 constexpr const char* kEncodingHelp =
     "usage: orvo encoding FILE...\n"
@@ -43,26 +41,31 @@ const char* encodingName(std::int32_t e) {
 
 // A file to read: missing, a directory and unreadable are told apart.
 bool readable(const std::string& path, std::string& why, std::int64_t* size = nullptr) {
-  struct stat st {};
-  if (::stat(path.c_str(), &st) != 0) {
-    why = std::strerror(errno);
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  if (error) {
+    why = error.message();
     return false;
   }
-  if (S_ISDIR(st.st_mode)) {
+  if (std::filesystem::is_directory(status)) {
     why = "is a directory";
     return false;
   }
-  if (::access(path.c_str(), R_OK) != 0) {
-    why = std::strerror(errno);
+  if (const std::error_code denied = readAccess(path)) {
+    why = denied.message();
     return false;
   }
-  if (size != nullptr) *size = static_cast<std::int64_t>(st.st_size);
+  if (size != nullptr) {
+    // Only a regular file has a size worth showing progress against.
+    const std::uintmax_t bytes = std::filesystem::file_size(path, error);
+    *size = error ? 0 : static_cast<std::int64_t>(bytes);
+  }
   return true;
 }
 
 void progress(const std::string& verb, const std::string& file, std::int64_t doneBytes,
               std::int64_t total) {
-  if (total <= kProgressThreshold || ::isatty(STDERR_FILENO) == 0) return;
+  if (total <= kProgressThreshold || !isTerminal(StandardStream::Error)) return;
   std::fprintf(stderr, "\rorvo %s %s: %3lld%%", verb.c_str(), file.c_str(),
                static_cast<long long>(doneBytes * 100 / total));
   if (doneBytes >= total) std::fputs("\n", stderr);
@@ -176,7 +179,7 @@ ConvertParse parseConvertArguments(const std::vector<std::string>& args) {
     parse.error = "--to CODEPAGE is required";
   } else if (files.size() != 2) {
     parse.error = "give one input and one output file";
-  } else if (options.to == 12000 || options.to == 12001) {
+  } else if (options.to == CP_UTF32_LE || options.to == CP_UTF32_BE) {
     parse.error = "UTF-32 is not supported as a target";
   } else {
     options.in = files[0];
@@ -200,81 +203,31 @@ int commandConvert(const std::vector<std::string>& args) {
     std::fprintf(stderr, "orvo convert: %s: %s\n", o.in.c_str(), why.c_str());
     return 1;
   }
-  FileSubs files;
   try {
-    const String inName = fromUtf8(o.in);
-    const enumFileEncoding detected = files.TextFileEncoding(inName);
-    const std::int32_t sourceBom = files.DefaultBOMSize(detected);
-    const std::int32_t from = o.from.value_or(files.CodePageCheck(0, detected));
-    if (from == 12000 || from == 12001) {
-      std::fprintf(stderr, "orvo convert: %s: UTF-32 is not supported\n", o.in.c_str());
+    const ConversionResult result = ConvertTextFile(
+        o.in, o.out, {o.to, o.from, o.bom},
+        [&](std::int64_t doneBytes) { progress("convert", o.in, doneBytes, size); });
+    const auto report = [](const std::string& file, const std::string& reason) {
+      std::fprintf(stderr, "orvo convert: %s: %s\n", file.c_str(), reason.c_str());
       return 1;
+    };
+    switch (result.failure) {
+      case ConversionFailure::None:
+        return 0;
+      case ConversionFailure::UnsupportedSource:
+        return report(o.in, "UTF-32 is not supported");
+      case ConversionFailure::UnsupportedTarget:
+        return report(o.out, "UTF-32 is not supported");
+      case ConversionFailure::OpenSource:
+        return report(o.in, result.error.message());
+      case ConversionFailure::OpenTarget:
+        return report(o.out, result.error.message());
+      case ConversionFailure::ReadSource:
+        return report(o.in, "read failed");
+      case ConversionFailure::WriteTarget:
+        return report(o.out, "write failed");
     }
-    const bool unicodeTarget = o.to == 65001 || o.to == 1200 || o.to == 1201;
-    const bool bom = unicodeTarget && o.bom.value_or(true);
-    const std::string bomBytes = !bom            ? ""
-                                 : o.to == 65001 ? "\xEF\xBB\xBF"
-                                 : o.to == 1200  ? "\xFF\xFE"
-                                                 : "\xFE\xFF";
-    FILE* in = std::fopen(o.in.c_str(), "rb");
-    FILE* out = in != nullptr ? std::fopen(o.out.c_str(), "wb") : nullptr;
-    if (in == nullptr || out == nullptr) {
-      std::fprintf(stderr, "orvo convert: %s: %s\n", (in == nullptr ? o.in : o.out).c_str(),
-                   std::strerror(errno));
-      if (in != nullptr) std::fclose(in);
-      return 1;
-    }
-    // The source's BOM is not text; it is skipped when the file is read in its own encoding.
-    if (!o.from || *o.from == files.CodePageFromEncoding(detected)) {
-      std::fseek(in, sourceBom, SEEK_SET);
-    }
-    bool ok = std::fwrite(bomBytes.data(), 1, bomBytes.size(), out) == bomBytes.size();
-    const bool wide = from == 1200 || from == 1201;
-    std::vector<std::uint8_t> carry;
-    std::vector<std::uint8_t> chunk(kChunk);
-    std::int64_t doneBytes = 0;
-    String heldUnit;  // a lead surrogate whose pair comes with the next chunk
-    for (;;) {
-      const std::size_t n = std::fread(chunk.data(), 1, chunk.size(), in);
-      const bool last = n < chunk.size();
-      doneBytes += static_cast<std::int64_t>(n);
-      carry.insert(carry.end(), chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(n));
-      // Cut after a byte that stands alone in every multi-byte code page (below 0x40: never
-      // a lead or a trail byte), or at a unit boundary for UTF-16, so that no character is
-      // split between two conversions.
-      std::size_t cut = carry.size();
-      if (!last) {
-        if (wide) {
-          cut -= cut % 2;
-        } else {
-          while (cut > 0 && carry[cut - 1] >= 0x40) --cut;
-          if (cut == 0) continue;  // no safe place yet: read more
-        }
-      }
-      SafeArray bytes(0, std::vector<std::uint8_t>(
-                             carry.begin(), carry.begin() + static_cast<std::ptrdiff_t>(cut)));
-      carry.erase(carry.begin(), carry.begin() + static_cast<std::ptrdiff_t>(cut));
-      String text = heldUnit + files.FromBytesToVBString(bytes, from);
-      heldUnit.clear();
-      if (!last && !text.empty() && text.back() >= 0xD800 && text.back() <= 0xDBFF) {
-        heldUnit = text.back();
-        text.pop_back();
-      }
-      const Variant encoded = files.FromVBStringToBytes(text, o.to);
-      const auto view = encoded.array()->bytes();
-      ok = ok && std::fwrite(view.data(), 1, view.size(), out) == view.size();
-      progress("convert", o.in, doneBytes, size);
-      if (last || !ok) break;
-    }
-    const bool readFailed = std::ferror(in) != 0;
-    std::fclose(in);
-    ok = std::fclose(out) == 0 && ok;
-    if (readFailed || !ok) {
-      std::fprintf(stderr, "orvo convert: %s: %s\n", (readFailed ? o.in : o.out).c_str(),
-                   readFailed ? "read failed" : "write failed");
-      return 1;
-    }
-    return 0;
+    return 1;
   } catch (const Error& e) {
     std::fprintf(stderr, "orvo convert: %s\n", toUtf8(e.description()).c_str());
     return 1;
