@@ -154,7 +154,10 @@ void HugeTextFile::FileOpen(const String& FileName, std::int32_t Access, std::in
       if (CodePage != nullptr) *CodePage = codePage;
     }
     bool existed = false;
-    if (!file_.open(name, Access == Read, Access != Read, disposition, true, &existed)) {
+    if (!file_.open(name,
+                    {Access == Read ? platform::Access::Read : platform::Access::Write, disposition,
+                     platform::Share::Read, true},
+                    &existed)) {
       switch (file_.lastError()) {
         case platform::kErrorFileNotFound:
           fail(kNotFound);
@@ -168,7 +171,7 @@ void HugeTextFile::FileOpen(const String& FileName, std::int32_t Access, std::in
     }
     if (FileExisted != nullptr) *FileExisted = existed;
     access_ = Access;
-    if (Access == Append && !file_.seek(0, SEEK_END)) fail(kSeekFailed, true);
+    if (Access == Append && !file_.seek(0, platform::SeekOrigin::End)) fail(kSeekFailed, true);
     setCodePage(codePage);
     fileName_ = name;
     bufferSize_ = size;
@@ -184,7 +187,7 @@ void HugeTextFile::Rewind() {
   frame::trap(u"Rewind", [&] {
     if (!file_.isOpen()) fail(kNotOpen);
     if (access_ != Read) fail(kRewindWhileWriting);
-    if (!file_.seek(bomSize_, SEEK_SET)) fail(kSeekFailed, true);
+    if (!file_.seek(bomSize_, platform::SeekOrigin::Begin)) fail(kSeekFailed, true);
     lineCount_ = 0;
     eof_ = false;
     pendingCR_ = false;

@@ -19,6 +19,11 @@ namespace orvo::files {
 
 namespace {
 
+constexpr platform::OpenOptions kReadSequential{
+    platform::Access::Read, platform::Disposition::OpenExisting, platform::Share::Read, true};
+constexpr platform::OpenOptions kWriteNew{
+    platform::Access::Write, platform::Disposition::CreateAlways, platform::Share::Read, false};
+
 constexpr std::int64_t kTwoGigabytes = 2147483647;
 
 void replaceNulls(String& text) { std::replace(text.begin(), text.end(), u'\0', u' '); }
@@ -71,7 +76,7 @@ String ReadTextFileToStringB(const String& FileName, std::int32_t* CodePage, VBo
     const std::int32_t codePage = CodePageCheck(CodePage != nullptr ? *CodePage : 0, encoding);
     if (CodePage != nullptr) *CodePage = codePage;
     platform::File file;
-    if (!file.open(FileName, true, false, platform::Disposition::OpenExisting, true)) {
+    if (!file.open(FileName, kReadSequential)) {
       runtime::raise(file.lastError() == platform::kErrorAccessDenied ? runtime::errPermissionDenied
                                                                       : runtime::errPathFileAccess);
     }
@@ -79,7 +84,7 @@ String ReadTextFileToStringB(const String& FileName, std::int32_t* CodePage, VBo
     const std::int64_t size = file.size().value_or(0);
     std::vector<std::uint8_t> bytes(
         static_cast<std::size_t>(std::max<std::int64_t>(0, size - bomSize)));
-    if (!file.seek(bomSize, SEEK_SET) || file.read(bytes) < 0) {
+    if (!file.seek(bomSize, platform::SeekOrigin::Begin) || file.read(bytes) < 0) {
       runtime::raise(runtime::errPathFileAccess);
     }
     String text;
@@ -207,13 +212,13 @@ bool writeBytes(platform::File& file, std::string_view bytes) {
 bool OpenForInputB(const String& path, platform::File& file, enumFileEncoding& encoding) {
   if (!isTrue(FileExists(path))) return false;
   encoding = TextFileEncoding(path, kDefaultSampleBytes);
-  if (!file.open(path, true, false, platform::Disposition::OpenExisting, true)) return false;
-  return file.seek(DefaultBOMSize(encoding), SEEK_SET);
+  if (!file.open(path, kReadSequential)) return false;
+  return file.seek(DefaultBOMSize(encoding), platform::SeekOrigin::Begin);
 }
 
 bool OpenForOutputB(const String& path, platform::File& file, enumFileEncoding encoding) {
   SafeKill(path);
-  if (!file.open(path, false, true, platform::Disposition::CreateAlways, false)) return false;
+  if (!file.open(path, kWriteNew)) return false;
   return writeBytes(file, bomBytes(encoding));
 }
 
@@ -260,7 +265,7 @@ void WriteStringToTextFileB(const String& CharString, const String& File, std::i
     if (!nonZero(PutByte)) {
       // Text output: the system's ANSI code page, nothing added.
       SafeKill(File);
-      if (!file.open(File, false, true, platform::Disposition::CreateAlways, false)) {
+      if (!file.open(File, kWriteNew)) {
         runtime::raise(runtime::errPathNotFound);
       }
       std::string bytes;

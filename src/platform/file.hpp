@@ -9,9 +9,10 @@
 #include <vector>
 
 #include "orvogeneric/types.hpp"
+#include "platform/native_handle.hpp"
 
 // Files as the library's file procedures see them, in the platform's terms: Windows error
-// numbers, attributes and dispositions, over POSIX calls. Paths may use "\" or "/".
+// numbers, attributes, dispositions and sharing. Paths may use "\" or "/".
 namespace orvo::platform {
 
 // The path as the operating system takes it: UTF-8, every "\" turned into "/".
@@ -47,7 +48,22 @@ enum class Disposition : std::uint32_t {
   TruncateExisting = 5,
 };
 
-// An open file. Sharing modes have no equivalent on POSIX and are not enforced.
+enum class Access : std::uint32_t { Read = 1, Write = 2, ReadWrite = 3 };
+
+// What other openers may do while the file is open. POSIX has no mandatory sharing modes: there
+// the mode documents the intent and is not enforced.
+enum class Share : std::uint32_t { None = 0, Read = 1, Write = 2, ReadWrite = 3 };
+
+struct OpenOptions {
+  Access access = Access::Read;
+  Disposition disposition = Disposition::OpenExisting;
+  Share share = Share::Read;
+  bool sequential = false;  // a hint that the file is read from start to end
+};
+
+enum class SeekOrigin { Begin, Current, End };
+
+// An open file.
 class File {
  public:
   File() = default;
@@ -59,16 +75,15 @@ class File {
 
   // Opens with read and/or write access; on failure lastError() says why (2, 3, 5, 80, ...).
   // existed tells whether the file was there before (the platform's 183 on success).
-  bool open(std::u16string_view path, bool read, bool write, Disposition disposition,
-            bool sequential, bool* existed = nullptr);
+  bool open(std::u16string_view path, const OpenOptions& options, bool* existed = nullptr);
   // Opens for appending: every write goes to the end of the file as it is then, in one step,
   // so that lines written by several processes never overwrite or cut into each other.
   bool openForAppend(std::u16string_view path, bool create);
-  [[nodiscard]] bool isOpen() const noexcept { return fd_ >= 0; }
+  [[nodiscard]] bool isOpen() const noexcept { return handle_ != kInvalidHandle; }
   // Bytes read, 0 at the end, -1 on failure.
   std::int64_t read(std::span<std::uint8_t> buffer);
   bool writeAll(std::span<const std::uint8_t> bytes);
-  bool seek(std::int64_t offset, int whence);  // SEEK_SET, SEEK_CUR, SEEK_END
+  bool seek(std::int64_t offset, SeekOrigin origin);
   [[nodiscard]] std::int64_t position() const;
   [[nodiscard]] std::optional<std::int64_t> size() const;
   bool flush();
@@ -76,7 +91,8 @@ class File {
   [[nodiscard]] std::uint32_t lastError() const noexcept { return lastError_; }
 
  private:
-  int fd_ = -1;
+  [[nodiscard]] int fd() const noexcept { return static_cast<int>(handle_); }
+  NativeHandle handle_ = kInvalidHandle;
   std::uint32_t lastError_ = 0;
 };
 

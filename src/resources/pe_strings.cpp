@@ -311,7 +311,8 @@ PeStringsResult readPeStringsFile(std::u16string_view path) {
   PeStringsResult result;
   result.failure = PeFailure::Unreadable;
   platform::File file;
-  if (!file.open(path, true, false, platform::Disposition::OpenExisting, true)) {
+  if (!file.open(path, {platform::Access::Read, platform::Disposition::OpenExisting,
+                        platform::Share::Read, true})) {
     result.detail = "cannot be opened (Windows error " + std::to_string(file.lastError()) + ")";
     return result;
   }

@@ -62,22 +62,25 @@ String systemErrorText(std::uint32_t error) {
   }
 }
 
-File::File(File&& other) noexcept : fd_(other.fd_), lastError_(other.lastError_) { other.fd_ = -1; }
+File::File(File&& other) noexcept : handle_(other.handle_), lastError_(other.lastError_) {
+  other.handle_ = kInvalidHandle;
+}
 
 File& File::operator=(File&& other) noexcept {
   if (this != &other) {
     close();
-    fd_ = other.fd_;
+    handle_ = other.handle_;
     lastError_ = other.lastError_;
-    other.fd_ = -1;
+    other.handle_ = kInvalidHandle;
   }
   return *this;
 }
 
 File::~File() { close(); }
 
-bool File::open(std::u16string_view path, bool read, bool write, Disposition disposition,
-                bool sequential, bool* existed) {
+bool File::open(std::u16string_view path, const OpenOptions& options, bool* existed) {
+  const bool read = options.access != Access::Write;
+  const bool write = options.access != Access::Read;
   close();
   const std::string native = nativePath(path);
   struct stat st {};
@@ -87,7 +90,7 @@ bool File::open(std::u16string_view path, bool read, bool write, Disposition dis
     return false;
   }
   int flags = O_CLOEXEC | (read && write ? O_RDWR : write ? O_WRONLY : O_RDONLY);
-  switch (disposition) {
+  switch (options.disposition) {
     case Disposition::CreateNew:
       flags |= O_CREAT | O_EXCL;
       break;
@@ -103,12 +106,13 @@ bool File::open(std::u16string_view path, bool read, bool write, Disposition dis
       flags |= O_TRUNC;
       break;
   }
-  fd_ = ::open(native.c_str(), flags, 0666);
-  if (fd_ < 0) {
+  const int fd = ::open(native.c_str(), flags, 0666);
+  if (fd < 0) {
     lastError_ = openError(native, errno);
     return false;
   }
-  if (sequential) (void)::posix_fadvise(fd_, 0, 0, POSIX_FADV_SEQUENTIAL);
+  handle_ = fd;
+  if (options.sequential) (void)::posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
   lastError_ = there ? kErrorAlreadyExists : 0;
   if (existed != nullptr) *existed = there;
   return true;
@@ -117,11 +121,13 @@ bool File::open(std::u16string_view path, bool read, bool write, Disposition dis
 bool File::openForAppend(std::u16string_view path, bool create) {
   close();
   const std::string native = nativePath(path);
-  fd_ = ::open(native.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | (create ? O_CREAT : 0), 0666);
-  if (fd_ < 0) {
+  const int fd =
+      ::open(native.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | (create ? O_CREAT : 0), 0666);
+  if (fd < 0) {
     lastError_ = openError(native, errno);
     return false;
   }
+  handle_ = fd;
   lastError_ = 0;
   return true;
 }
@@ -129,7 +135,7 @@ bool File::openForAppend(std::u16string_view path, bool create) {
 std::int64_t File::read(std::span<std::uint8_t> buffer) {
   std::size_t done = 0;
   while (done < buffer.size()) {
-    const ssize_t n = ::read(fd_, buffer.data() + done, buffer.size() - done);
+    const ssize_t n = ::read(fd(), buffer.data() + done, buffer.size() - done);
     if (n < 0) {
       if (errno == EINTR) continue;
       lastError_ = windowsError(errno);
@@ -144,7 +150,7 @@ std::int64_t File::read(std::span<std::uint8_t> buffer) {
 bool File::writeAll(std::span<const std::uint8_t> bytes) {
   std::size_t done = 0;
   while (done < bytes.size()) {
-    const ssize_t n = ::write(fd_, bytes.data() + done, bytes.size() - done);
+    const ssize_t n = ::write(fd(), bytes.data() + done, bytes.size() - done);
     if (n < 0) {
       if (errno == EINTR) continue;
       lastError_ = windowsError(errno);
@@ -155,24 +161,27 @@ bool File::writeAll(std::span<const std::uint8_t> bytes) {
   return true;
 }
 
-bool File::seek(std::int64_t offset, int whence) {
-  if (::lseek(fd_, offset, whence) < 0) {
+bool File::seek(std::int64_t offset, SeekOrigin origin) {
+  const int whence = origin == SeekOrigin::Begin     ? SEEK_SET
+                     : origin == SeekOrigin::Current ? SEEK_CUR
+                                                     : SEEK_END;
+  if (::lseek(fd(), offset, whence) < 0) {
     lastError_ = windowsError(errno);
     return false;
   }
   return true;
 }
 
-std::int64_t File::position() const { return ::lseek(fd_, 0, SEEK_CUR); }
+std::int64_t File::position() const { return ::lseek(fd(), 0, SEEK_CUR); }
 
 std::optional<std::int64_t> File::size() const {
   struct stat st {};
-  if (::fstat(fd_, &st) != 0) return std::nullopt;
+  if (::fstat(fd(), &st) != 0) return std::nullopt;
   return static_cast<std::int64_t>(st.st_size);
 }
 
 bool File::flush() {
-  if (::fsync(fd_) != 0 && errno != EINVAL && errno != EROFS) {
+  if (::fsync(fd()) != 0 && errno != EINVAL && errno != EROFS) {
     lastError_ = windowsError(errno);
     return false;
   }
@@ -180,13 +189,13 @@ bool File::flush() {
 }
 
 void File::close() {
-  if (fd_ >= 0) ::close(fd_);
-  fd_ = -1;
+  if (handle_ != kInvalidHandle) ::close(fd());
+  handle_ = kInvalidHandle;
 }
 
 std::optional<std::string> readFilePrefix(std::u16string_view path, std::size_t count) {
   File file;
-  if (!file.open(path, true, false, Disposition::OpenExisting, false)) return std::nullopt;
+  if (!file.open(path, {Access::Read, Disposition::OpenExisting})) return std::nullopt;
   std::string bytes(count, '\0');
   const std::int64_t n =
       file.read(std::span(reinterpret_cast<std::uint8_t*>(bytes.data()), bytes.size()));
