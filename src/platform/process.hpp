@@ -8,14 +8,10 @@
 // Processes and named mutexes in the platform's terms.
 namespace orvo::platform {
 
-// A command line split as the platform's programs split theirs: blanks separate arguments,
-// double quotes group, 2n backslashes before a quote give n backslashes and a quote that
-// groups, 2n+1 give n and a literal quote, "" inside a quoted part is a literal quote, and
-// backslashes elsewhere are literal.
-std::vector<std::string> splitCommandLine(std::u16string_view commandLine);
-
-// Starts the program (found on PATH) with the arguments; 0 when it cannot be started.
-std::int32_t startProcess(const std::vector<std::string>& arguments);
+// Starts a program from a command line as the platform takes one: the first argument is the
+// program (found on PATH), the rest its arguments, quoted as the platform's programs expect.
+// Returns the process id, 0 when it cannot be started.
+std::int32_t startProcess(std::u16string_view commandLine);
 
 enum class WaitResult { Ended, TimedOut, Failed };
 // Waits for a process to end, at most timeoutMs (negative: without limit). A child of this

@@ -68,7 +68,7 @@ void SleepCurrentThread(double Seconds) {
 std::int32_t StartProcess(const String& CommandLine, VBool /*Hide*/) {
   // There is no window to hide: a program started here gets none from us either way.
   return frame::trap(u"StartProcess", [&] {
-    return platform::startProcess(platform::splitCommandLine(CommandLine));
+    return platform::startProcess(CommandLine);
   });
 }
 
