@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/whole_file.hpp"
+#include "settings/profile_document.hpp"
+
+// Parsed settings files kept between calls, keyed by the path the system opens: a file is
+// parsed again only when its stamp says it may have changed, so that a program reading fifty
+// values pays for one parse while another process's change is still seen by the next call.
+namespace orvo::settings::privateprofile {
+
+// Whether a document read in one ANSI code page reads the same in the current one.
+bool stillValid(const detail::Document& document);
+// The parsed file, from the cache while its stamp is unchanged; null when it cannot be read.
+std::shared_ptr<const detail::Document> loadDocument(const std::string& path);
+// The last parse of the file whatever its stamp (a writer compares bytes with it); may be null.
+std::shared_ptr<const detail::Document> cachedDocument(const std::string& path);
+// Records what a writer has just written, with the time its bytes were known to be the file's.
+void rememberDocument(const std::string& path, const platform::FileVersion& version,
+                      std::shared_ptr<const detail::Document> document, std::int64_t readAtNs);
+
+}  // namespace orvo::settings::privateprofile
