@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compiles the recorded Windows code-page tables (tests/golden/codepages/cp*.txt, written by
+"""Compiles the recorded Windows code-page tables (data/codepages/cp*.txt, written by
 tools/oracle) into C++ arrays for the library, so that every conversion is the platform's own
 answer and the build needs neither Wine nor ICU's differing tables.
 

@@ -3,7 +3,7 @@
 
     cp_check.py [--raw RAWDIR] [GOLDENDIR]
 
-GOLDENDIR defaults to tests/golden/codepages.  For every cp*.txt in it the
+GOLDENDIR defaults to data/codepages.  For every cp*.txt in it the
 file is expanded following the reader contract in tools/oracle/README.md,
 written here again from scratch (nothing is shared with cp_compact.py), and
 checked for
@@ -317,7 +317,7 @@ def main():
         rawdir = args[1]
         args = args[2:]
     here = os.path.dirname(os.path.abspath(__file__))
-    gdir = args[0] if args else os.path.join(here, "..", "..", "tests", "golden", "codepages")
+    gdir = args[0] if args else os.path.join(here, "..", "..", "data", "codepages")
     pages = {}
     try:
         names = sorted(f for f in os.listdir(gdir) if f.startswith("cp") and f.endswith(".txt"))

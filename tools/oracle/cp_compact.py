@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Turn the raw output of codepage_tables.exe <cp> into the compact,
-run-length encoded golden file tests/golden/codepages/cp<cp>.txt.
+run-length encoded golden file data/codepages/cp<cp>.txt.
 
     cp_compact.py RAW OUT
 

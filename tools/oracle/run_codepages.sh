@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Regenerates tests/golden/codepages/ from the Windows oracle: builds
+# Regenerates data/codepages/ from the Windows oracle: builds
 # codepage_tables.c with MinGW-w64, runs it under Wine once per code page,
 # compacts the raw tables with cp_compact.py and checks the result against the
 # raw output with cp_check.py before anything is replaced.
@@ -12,7 +12,7 @@ set -euo pipefail
 
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../.." && pwd)
-golden=$root/tests/golden/codepages
+golden=$root/data/codepages
 
 for tool in wine wineserver x86_64-w64-mingw32-gcc python3; do
     command -v "$tool" >/dev/null || {

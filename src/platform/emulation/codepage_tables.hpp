@@ -4,7 +4,7 @@
 #include <cstdint>
 
 // The Windows code-page tables as the platform answered them (generated at build time from the
-// recordings in tests/golden/codepages by tools/cpgen/cpgen.py).
+// recordings in data/codepages by tools/cpgen/cpgen.py).
 namespace orvo::platform::tables {
 
 struct CodePageTable {

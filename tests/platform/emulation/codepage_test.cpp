@@ -89,7 +89,7 @@ Recording readRecording(const std::filesystem::path& path) {
 }
 
 TEST(CodePageGolden, EveryRecordedEntryOfEveryAnsiCodePage) {
-  const std::filesystem::path dir = std::filesystem::path(ORVO_GOLDEN_DIR) / "codepages";
+  const std::filesystem::path dir = std::filesystem::path(ORVO_DATA_DIR) / "codepages";
   int pages = 0;
   for (const std::uint32_t cp : {874U, 932U, 936U, 949U, 950U, 1250U, 1251U, 1252U, 1253U, 1254U,
                                  1255U, 1256U, 1257U, 1258U}) {
@@ -134,7 +134,7 @@ TEST(CodePageGolden, EveryRecordedEntryOfEveryAnsiCodePage) {
 }
 
 TEST(CodePageGolden, Utf8AsThePlatformConvertsIt) {
-  std::ifstream in(std::filesystem::path(ORVO_GOLDEN_DIR) / "codepages" / "utf8.tsv");
+  std::ifstream in(std::filesystem::path(ORVO_DATA_DIR) / "codepages" / "utf8.tsv");
   int rows = 0;
   int dropped = 0;
   for (std::string line; std::getline(in, line);) {
