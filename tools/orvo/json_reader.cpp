@@ -1,5 +1,3 @@
-#include "json_bridge.hpp"
-
 #include <locale.h>  // NOLINT(modernize-deprecated-headers): newlocale and strtod_l are POSIX
 
 #include <algorithm>
@@ -11,165 +9,20 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "json_bridge.hpp"
+#include "json_scalars.hpp"
 #include "orvogeneric/types.hpp"
 
 namespace orvo::cli {
 
 namespace {
 
-constexpr std::size_t kQuoteLimit = 40;  // bytes of bad input a message repeats
-
-// At most kQuoteLimit bytes of the input, cut on a character boundary, as readable text.
-std::string excerpt(std::string_view text) {
-  if (text.size() <= kQuoteLimit) return std::string(text);
-  std::size_t end = kQuoteLimit;
-  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-  return std::string(text.substr(0, end)) + "...";
-}
-
-[[noreturn]] void badArgument(const std::string& why) {
-  throw Error(5, u"Invalid procedure call or argument: " + fromUtf8(why), u"orvo");
-}
-
-[[noreturn]] void overflow(const std::string& why) {
-  throw Error(6, u"Overflow: " + fromUtf8(why), u"orvo");
-}
-
-// 1899-12-30 is serial 0; days from the civil calendar (proleptic Gregorian).
-std::int64_t daysFromCivil(std::int64_t y, unsigned m, unsigned d) {
-  y -= m <= 2;
-  const std::int64_t era = (y >= 0 ? y : y - 399) / 400;
-  const auto yoe = static_cast<unsigned>(y - era * 400);
-  const unsigned doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
-  const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-  return era * 146097 + static_cast<std::int64_t>(doe) - 719468;
-}
-constexpr std::int64_t kSerialEpoch = -25569;  // daysFromCivil(1899, 12, 30)
-
-// "YYYY-MM-DD" or "YYYY-MM-DDTHH:MM:SS", each field digits only.
-Date parseDate(std::u16string_view text16) {
-  const std::string text = toUtf8(text16);
-  int fields[6] = {0, 0, 0, 0, 0, 0};
-  const char separators[] = {'-', '-', 'T', ':', ':'};
-  const char* p = text.data();
-  const char* const end = p + text.size();
-  int n = 0;
-  for (; n < 6; ++n) {
-    if (p == end || *p < '0' || *p > '9') break;
-    const auto r = std::from_chars(p, end, fields[n]);
-    if (r.ec != std::errc() || r.ptr - p > (n == 0 ? 4 : 2)) break;
-    p = r.ptr;
-    if (p == end || n == 5) {
-      ++n;
-      break;
-    }
-    if (*p != separators[n]) break;
-    ++p;
-  }
-  const auto [y, mo, d, h, mi, s] = fields;
-  if (p != end || (n != 3 && n != 6) || mo < 1 || mo > 12 || d < 1 || d > 31 || h > 23 || mi > 59 ||
-      s > 59) {
-    badArgument(R"(a date is {"date": "YYYY-MM-DDTHH:MM:SS"}, got ")" + excerpt(text) + "\"");
-  }
-  const double days = static_cast<double>(
-      daysFromCivil(y, static_cast<unsigned>(mo), static_cast<unsigned>(d)) - kSerialEpoch);
-  const double time = (h * 3600.0 + mi * 60.0 + s) / 86400.0;
-  // The automation date counts the time away from zero for days before the epoch.
-  return Date{days < 0 ? days - time : days + time};
-}
-
-void appendDate(std::string& out, Date date) {
-  double whole = std::trunc(date.serial);
-  const double frac = std::fabs(date.serial - whole);
-  auto seconds = static_cast<std::int64_t>(std::llround(frac * 86400.0));
-  if (seconds >= 86400) {
-    seconds -= 86400;
-    whole += date.serial < 0 ? -1 : 1;
-  }
-  const std::int64_t z = static_cast<std::int64_t>(whole) + kSerialEpoch + 719468;
-  const std::int64_t era = (z >= 0 ? z : z - 146096) / 146097;
-  const auto doe = static_cast<unsigned>(z - era * 146097);
-  const unsigned yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-  const std::int64_t y = static_cast<std::int64_t>(yoe) + era * 400;
-  const unsigned doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-  const unsigned mp = (5 * doy + 2) / 153;
-  const unsigned d = doy - (153 * mp + 2) / 5 + 1;
-  const unsigned m = mp < 10 ? mp + 3 : mp - 9;
-  char buf[80];
-  std::snprintf(buf, sizeof buf, R"({"date":"%04lld-%02u-%02uT%02lld:%02lld:%02lld"})",
-                static_cast<long long>(y + (m <= 2)), m, d, static_cast<long long>(seconds / 3600),
-                static_cast<long long>(seconds / 60 % 60), static_cast<long long>(seconds % 60));
-  out += buf;
-}
-
-void appendNumber(std::string& out, double v) {
-  if (!std::isfinite(v)) {
-    out += v > 0 ? "1e999" : (v < 0 ? "-1e999" : "null");
-    return;
-  }
-  char buf[64];
-  const auto r = std::to_chars(buf, buf + sizeof buf, v);
-  out.append(buf, r.ptr);
-}
-
-template <class Integer>
-void appendInteger(std::string& out, Integer v) {
-  char buf[24];
-  const auto r = std::to_chars(buf, buf + sizeof buf, v);
-  out.append(buf, r.ptr);
-}
-
-void appendCurrency(std::string& out, Currency c) {
-  const bool negative = c.scaled < 0;
-  // Unsigned negation: the smallest amount has no positive counterpart in 64 bits.
-  const auto magnitude = negative ? 0ULL - static_cast<unsigned long long>(c.scaled)
-                                  : static_cast<unsigned long long>(c.scaled);
-  char buf[64];
-  std::snprintf(buf, sizeof buf, R"({"currency":"%s%llu.%04llu"})", negative ? "-" : "",
-                magnitude / 10000, magnitude % 10000);
-  out += buf;
-}
-
-// "[-+]digits[.digits]" with at most four decimals, within the 64-bit range of the type.
-Currency parseCurrency(std::u16string_view text16) {
-  const std::string text = toUtf8(text16);
-  std::size_t i = 0;
-  const bool negative = !text.empty() && text[0] == '-';
-  if (negative || (!text.empty() && text[0] == '+')) ++i;
-  unsigned long long scaled = 0;
-  constexpr unsigned long long kLimit = 9223372036854775808ULL;  // 2^63
-  bool digits = false;
-  bool tooBig = false;
-  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i, digits = true) {
-    scaled = scaled * 10 + static_cast<unsigned>(text[i] - '0');
-    if (scaled > kLimit / 10000) tooBig = true, scaled = kLimit / 10000;
-  }
-  scaled *= 10000;
-  int fracDigits = 0;
-  if (i < text.size() && text[i] == '.') {
-    unsigned long long frac = 0;
-    for (++i; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
-      if (fracDigits == 4)
-        badArgument("a currency amount has at most four decimals: " + excerpt(text));
-      frac = frac * 10 + static_cast<unsigned>(text[i] - '0');
-      ++fracDigits;
-      digits = true;
-    }
-    for (int k = fracDigits; k < 4; ++k) frac *= 10;
-    scaled += frac;
-  }
-  if (!digits || i != text.size()) badArgument("not a currency amount: \"" + excerpt(text) + "\"");
-  if (tooBig || scaled > (negative ? kLimit : kLimit - 1)) {
-    overflow("a currency amount lies within +-922337203685477.5807, got " + excerpt(text));
-  }
-  return Currency{negative ? static_cast<std::int64_t>(0ULL - scaled)
-                           : static_cast<std::int64_t>(scaled)};
-}
-
-locale_t cLocale() {
-  static const locale_t c = newlocale(LC_ALL_MASK, "C", nullptr);
-  return c;
-}
+using json::badArgument;
+using json::cLocale;
+using json::excerpt;
+using json::overflow;
+using json::parseCurrency;
+using json::parseDate;
 
 // The reader: one pass over the text, straight into variants.
 class Reader {
@@ -629,14 +482,6 @@ class Reader {
 
 }  // namespace
 
-std::int64_t ObjectTable::add(const std::shared_ptr<Object>& object) {
-  const auto it = handles_.find(object.get());
-  if (it != handles_.end()) return it->second;
-  objects_[next_] = object;
-  handles_[object.get()] = next_;
-  return next_++;
-}
-
 std::shared_ptr<Object> ObjectTable::get(std::int64_t handle) const {
   const auto it = objects_.find(handle);
   if (it == objects_.end()) badArgument("no object with handle " + std::to_string(handle));
@@ -652,185 +497,6 @@ Variant parseValue(std::string_view text, const ObjectTable& objects) {
 
 BatchRequest parseBatchLine(std::string_view line, const ObjectTable& objects) {
   return Reader(line, objects).batchLine();
-}
-
-void appendQuoted(std::string& out, std::u16string_view text) {
-  out += '"';
-  static constexpr char kHex[] = "0123456789ABCDEF";
-  auto escaped = [&](char16_t c) {
-    out += "\\u";
-    for (int shift = 12; shift >= 0; shift -= 4) out += kHex[(c >> shift) & 0xF];
-  };
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char16_t c = text[i];
-    if (c < 0x80) {
-      switch (c) {
-        case u'"':
-          out += "\\\"";
-          break;
-        case u'\\':
-          out += "\\\\";
-          break;
-        case u'\n':
-          out += "\\n";
-          break;
-        case u'\r':
-          out += "\\r";
-          break;
-        case u'\t':
-          out += "\\t";
-          break;
-        default:
-          if (c < 0x20) {
-            escaped(c);
-          } else {
-            out += static_cast<char>(c);
-          }
-      }
-    } else if (c < 0x800) {
-      out += static_cast<char>(0xC0 | (c >> 6));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
-               text[i + 1] <= 0xDFFF) {
-      const char32_t cp = 0x10000 + ((static_cast<char32_t>(c) - 0xD800) << 10) +
-                          (static_cast<char32_t>(text[i + 1]) - 0xDC00);
-      out += static_cast<char>(0xF0 | (cp >> 18));
-      out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-      out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (cp & 0x3F));
-      ++i;
-    } else if (c >= 0xD800 && c <= 0xDFFF) {
-      escaped(c);
-    } else {
-      out += static_cast<char>(0xE0 | (c >> 12));
-      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-  }
-  out += '"';
-}
-
-std::string quote(std::u16string_view text) {
-  std::string out;
-  appendQuoted(out, text);
-  return out;
-}
-
-void appendJson(std::string& out, const Variant& v, ObjectTable& objects) {
-  if (const SafeArray* a = v.array()) {
-    if (!a->dimensioned()) {
-      out += R"({"lbound":0,"items":null})";
-      return;
-    }
-    if (a->elementType() == VarType::Byte) {
-      static constexpr char kHex[] = "0123456789abcdef";
-      out += R"({"bytes":")";
-      for (const std::uint8_t b : a->bytes()) {
-        out += kHex[b >> 4];
-        out += kHex[b & 0xF];
-      }
-      out += R"(","lbound":)";
-      appendInteger(out, a->lowerBound());
-      out += '}';
-      return;
-    }
-    const bool plain = a->lowerBound() == 0;
-    if (!plain) {
-      out += R"({"lbound":)";
-      appendInteger(out, a->lowerBound());
-      out += R"(,"items":)";
-    }
-    out += '[';
-    a->visit([&](const auto& items) {
-      using T = typename std::decay_t<decltype(items)>::value_type;
-      for (std::size_t i = 0; i < items.size(); ++i) {
-        if (i > 0) out += ',';
-        if constexpr (std::is_same_v<T, Variant>) {
-          appendJson(out, items[i], objects);
-        } else if constexpr (std::is_same_v<T, String>) {
-          appendQuoted(out, items[i]);
-        } else {
-          appendJson(out, Variant(items[i]), objects);
-        }
-      }
-    });
-    out += ']';
-    if (!plain) out += '}';
-    return;
-  }
-  switch (v.type()) {
-    case VarType::Empty:
-      out += "null";
-      return;
-    case VarType::Null:
-      out += R"({"null":true})";
-      return;
-    case VarType::Integer:
-      appendInteger(out, *v.get<std::int16_t>());
-      return;
-    case VarType::Long:
-      appendInteger(out, *v.get<std::int32_t>());
-      return;
-    case VarType::Byte:
-      appendInteger(out, *v.get<std::uint8_t>());
-      return;
-    case VarType::Single:
-      appendNumber(out, static_cast<double>(*v.get<float>()));
-      return;
-    case VarType::Double:
-      appendNumber(out, *v.get<double>());
-      return;
-    case VarType::Currency:
-      appendCurrency(out, *v.get<Currency>());
-      return;
-    case VarType::Date:
-      appendDate(out, *v.get<Date>());
-      return;
-    case VarType::String:
-      appendQuoted(out, *v.get<String>());
-      return;
-    case VarType::Boolean: {
-      const VBool b = *v.get<VBool>();
-      if (b == VBool::True) {
-        out += "true";
-      } else if (b == VBool::False) {
-        out += "false";
-      } else {
-        appendInteger(out, value(b));  // a non-canonical boolean shows its number
-      }
-      return;
-    }
-    case VarType::Error:
-      out += R"({"errorValue":)";
-      appendInteger(out, v.get<ErrorCode>()->scode);
-      out += '}';
-      return;
-    case VarType::Object: {
-      const auto& object = *v.object();
-      if (!object) {
-        out += R"({"object":null})";
-        return;
-      }
-      out += R"({"object":)";
-      appendInteger(out, objects.add(object));
-      out += R"(,"class":)";
-      appendQuoted(out, fromUtf8(object->className()));
-      out += '}';
-      return;
-    }
-    default:
-      out += "null";
-  }
-}
-
-std::string errorJson(const Error& e) {
-  std::string out = R"({"error":{"number":)";
-  appendInteger(out, e.number());
-  out += R"(,"description":)";
-  appendQuoted(out, e.description());
-  out += R"(,"source":)";
-  appendQuoted(out, e.source());
-  return out + "}}";
 }
 
 }  // namespace orvo::cli
