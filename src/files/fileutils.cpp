@@ -114,8 +114,9 @@ String FileBackup(const String& FileName, const String& NamePostfix, const Strin
     String candidate = FileName;
     for (std::int32_t n = -1; isTrue(FileExists(candidate)) && n < 999;) {
       ++n;
-      candidate = drive + dir + name + NamePostfix + u"." + ExtPrefix +
-                  runtime::Format(Variant(n), u"000", *regional);
+      candidate = drive;
+      candidate.append(dir).append(name).append(NamePostfix).append(u".").append(ExtPrefix);
+      candidate += runtime::Format(Variant(n), u"000", *regional);
     }
     return isTrue(bFileCopy(FileName, candidate, VBool::False)) ? candidate : String();
   });

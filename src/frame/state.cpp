@@ -11,7 +11,8 @@ StaticGlobals& StaticGlobals::instance() {
   return globals;
 }
 
-// NOLINTNEXTLINE(bugprone-macro-parentheses): Type is a type name, it cannot be parenthesised.
+// Type is a type name, which cannot be parenthesised.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define ORVO_STATE_ACCESSORS(Type, getter, setter, field) \
   Type StaticGlobals::getter() const {                    \
     const std::lock_guard lock(mutex_);                   \
@@ -21,6 +22,7 @@ StaticGlobals& StaticGlobals::instance() {
     const std::lock_guard lock(mutex_);                   \
     field = std::move(v);                                 \
   }
+// NOLINTEND(bugprone-macro-parentheses)
 
 ORVO_STATE_ACCESSORS(String, parentAppPath, setParentAppPath, parentAppPath_)
 ORVO_STATE_ACCESSORS(String, parentAppEXEName, setParentAppEXEName, parentAppEXEName_)

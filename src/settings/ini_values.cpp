@@ -25,8 +25,6 @@ privateprofile::ProfileForm formFor(const String& file) {
 
 namespace {
 
-using privateprofile::ProfileForm;
-
 constexpr std::u16string_view kNotFound = u"Not found! This is the default.";
 constexpr std::u16string_view kUnusedDefault = u"WeWillNotUseThisValue";
 // The buffer the raw reader gives the platform: 2,048 characters, so at most 2,047 come back.
@@ -67,7 +65,8 @@ String ReadProfileString(const String& File, const String& Section, const String
       [&] {
         return detailLines(File, Section, Key) + u"\r\nText retrieved is shown below\r\n'" +
                buffer + u"'\r\nFirst " +
-               runtime::DecimalText(std::min(buffer.size(), kQuotedBuffer)) +
+               runtime::DecimalText(
+                   static_cast<std::int64_t>(std::min(buffer.size(), kQuotedBuffer))) +
                u" characters of buffer are shown below\r\n'" + buffer.substr(0, kQuotedBuffer) +
                u"'";
       },

@@ -59,7 +59,7 @@ void reject(std::int16_t& KeyAscii, VBool SuppressBeep) {
 // Whether the key passes the rules, given the text with the selection removed.
 bool acceptable(std::int16_t k, const String& SelText, std::int32_t SelStart, const String& t) {
   const String separator = DPDelimiter().substr(0, 1);
-  const std::int16_t dec = separator.empty() ? -1 : ansiCode(separator[0]);
+  const std::int16_t dec = separator.empty() ? std::int16_t{-1} : ansiCode(separator[0]);
   // Replacing a selected exponent letter would strand the exponent's sign.
   if (hasExponent(SelText) && hasLaterSign(t) && !isExponent(k)) return false;
   if (SelStart != 0) {

@@ -115,7 +115,7 @@ String PathWithBackslash(const String& Path) {
 
 String LongDirFix(const String& Path, std::int16_t MaxTotalLength) {
   return frame::trap(u"LongDirFix", [&] {
-    const String s = runtime::Trim(Path);
+    String s = runtime::Trim(Path);
     constexpr std::int32_t kMaxPath = 260;
     if (static_cast<std::int64_t>(s.size()) <= MaxTotalLength && MaxTotalLength < kMaxPath) {
       return s;

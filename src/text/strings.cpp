@@ -297,6 +297,7 @@ VBool bStringContainsAllowedChars(const String& value, const String& AllowedAsci
                                   String* Info) {
   return frame::trap(u"bStringContainsAllowedChars", [&]() -> VBool {
     // The ranges are read from a copy: a caller may pass the same string as ranges and as Info.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const String ranges = AllowedAsciiRanges;
     String localInfo;
     String& info = Info != nullptr ? *Info : localInfo;

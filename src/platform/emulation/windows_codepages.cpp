@@ -399,7 +399,8 @@ std::size_t wideToMultiByte(std::uint32_t codePage, std::u16string_view text, st
   if (const auto* t = tableFor(codePage)) return encodeTable(*t, text.data(), text.size(), out);
   const auto bytes = detail::icuWideToMultiByte(codePage, text);
   if (!bytes) return 0;
-  std::memcpy(out, bytes->data(), bytes->size());
+  // Bytes of a code page, not a C string: the caller has the count.
+  std::memcpy(out, bytes->data(), bytes->size());  // NOLINT(bugprone-not-null-terminated-result)
   return bytes->size();
 }
 

@@ -29,6 +29,7 @@ std::int32_t startProcess(std::u16string_view commandLine) {
   std::vector<std::string> arguments = splitCommandLine(commandLine);
   if (arguments.empty()) return 0;
   std::vector<char*> argv;
+  argv.reserve(arguments.size() + 1);
   for (auto& a : arguments) argv.push_back(a.data());
   argv.push_back(nullptr);
   pid_t pid = 0;
