@@ -1,8 +1,9 @@
+#include "orvogeneric/user_interface.hpp"
+
 #include <cstdio>
 #include <mutex>
 
 #include "orvogeneric/types.hpp"
-#include "orvogeneric/user_interface.hpp"
 
 namespace orvo {
 

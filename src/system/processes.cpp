@@ -67,9 +67,7 @@ void SleepCurrentThread(double Seconds) {
 
 std::int32_t StartProcess(const String& CommandLine, VBool /*Hide*/) {
   // There is no window to hide: a program started here gets none from us either way.
-  return frame::trap(u"StartProcess", [&] {
-    return platform::startProcess(CommandLine);
-  });
+  return frame::trap(u"StartProcess", [&] { return platform::startProcess(CommandLine); });
 }
 
 VBool SyncShell(const String& CommandLine, std::int32_t TimeoutMilliseconds, VBool WaitForInputIdle,

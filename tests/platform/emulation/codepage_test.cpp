@@ -216,9 +216,9 @@ TEST(CodePageTest, PagesWithoutAConverterConvertToNothing) {
     std::uint32_t page;
     bool available;
   };
-  for (const Case c : {Case{1252, true}, Case{932, true}, Case{65001, true}, Case{1200, true},
-                       Case{1201, true}, Case{437, true}, Case{850, true}, Case{12345, false},
-                       Case{99, false}}) {
+  for (const Case c :
+       {Case{1252, true}, Case{932, true}, Case{65001, true}, Case{1200, true}, Case{1201, true},
+        Case{437, true}, Case{850, true}, Case{12345, false}, Case{99, false}}) {
     EXPECT_EQ(codePageAvailable(c.page), c.available) << c.page;
     EXPECT_EQ(Converter(c.page).available(), c.available) << c.page;
     if (c.available || c.page == 1200 || c.page == 1201) continue;
