@@ -92,8 +92,9 @@ void appendDate(std::string& out, Date date) {
   const unsigned m = mp < 10 ? mp + 3 : mp - 9;
   char buf[80];
   std::snprintf(buf, sizeof buf, R"({"date":"%04lld-%02u-%02uT%02lld:%02lld:%02lld"})",
-                static_cast<long long>(y + (m <= 2)), m, d, static_cast<long long>(seconds / 3600),
-                static_cast<long long>(seconds / 60 % 60), static_cast<long long>(seconds % 60));
+                static_cast<long long>(y) + (m <= 2 ? 1 : 0), m, d,
+                static_cast<long long>(seconds / 3600), static_cast<long long>(seconds / 60 % 60),
+                static_cast<long long>(seconds % 60));
   out += buf;
 }
 
