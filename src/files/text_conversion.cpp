@@ -71,7 +71,8 @@ ConversionResult ConvertTextFile(const std::filesystem::path& source,
     std::fseek(in.get(), static_cast<long>(files::bomBytes(detected).size()), SEEK_SET);
   }
 
-  bool ok = std::fwrite(bom.data(), 1, bom.size(), out.get()) == bom.size();
+  // No BOM is no write: fwrite may not be handed the null data of an empty view.
+  bool ok = bom.empty() || std::fwrite(bom.data(), 1, bom.size(), out.get()) == bom.size();
   const bool wide = from == CP_UTF16_LE || from == CP_UTF16_BE;
   std::vector<std::uint8_t> carry;
   std::vector<std::uint8_t> chunk(kChunk);
