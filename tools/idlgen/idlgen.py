@@ -254,12 +254,16 @@ def parse(path):
     return classes
 
 
+GENERATED_HEADER = [
+    "#pragma once",
+    "",
+    "// Generated from api/orvogeneric.idl by tools/idlgen/idlgen.py; edit those, not this.",
+    "",
+]
+
+
 def gen_enums():
-    out = [
-        "#pragma once",
-        "",
-        "// Generated from api/orvogeneric.idl by tools/idlgen/idlgen.py; edit those, not this.",
-        "",
+    out = GENERATED_HEADER + [
         "#include <cstdint>",
         "",
         "namespace orvo {",
@@ -277,11 +281,7 @@ def gen_enums():
 
 
 def gen_header(classes):
-    out = [
-        "#pragma once",
-        "",
-        "// Generated from api/orvogeneric.idl by tools/idlgen/idlgen.py; edit those, not this.",
-        "",
+    out = GENERATED_HEADER + [
         "#include <cstdint>",
         "#include <memory>",
         "#include <string_view>",
@@ -323,6 +323,18 @@ def gen_header(classes):
     out.append("}  // namespace orvo")
     out.append("")
     return "\n".join(out)
+
+
+def param_table(name, params):
+    """The registry's description of a parameter list (a member's or an event's)."""
+    out = [f"const ParamInfo {name}[] = {{"]
+    for p in params:
+        dflt = f"[] {{ return {variant_default(p)}; }}" if p.default is not None else "nullptr"
+        direction = "Direction::InOut" if (p.inout or p.array) else "Direction::In"
+        out.append(
+            f'    {{"{p.name}", "{p.idl_type}", {direction}, {str(p.optional).lower()}, '
+            f"{str(p.default is not None).lower()}, {dflt}}},")
+    return out + ["};"]
 
 
 def gen_registry(classes):
@@ -380,22 +392,10 @@ def gen_registry(classes):
             out.append("}")
             out.append("")
             if m.params:
-                out.append(f"const ParamInfo {fn}_params[] = {{")
-                for p in m.params:
-                    dflt = f"[] {{ return {variant_default(p)}; }}" if p.default is not None else "nullptr"
-                    direction = "Direction::InOut" if (p.inout or p.array) else "Direction::In"
-                    out.append(
-                        f'    {{"{p.name}", "{p.idl_type}", {direction}, {str(p.optional).lower()}, '
-                        f"{str(p.default is not None).lower()}, {dflt}}},")
-                out.append("};")
-                out.append("")
+                out += param_table(f"{fn}_params", m.params) + [""]
         for e in c.events:
             if e.params:
-                out.append(f"const ParamInfo {c.name}_{e.name}_event_params[] = {{")
-                for p in e.params:
-                    direction = "Direction::InOut" if (p.inout or p.array) else "Direction::In"
-                    out.append(f'    {{"{p.name}", "{p.idl_type}", {direction}, false, false, nullptr}},')
-                out.append("};")
+                out += param_table(f"{c.name}_{e.name}_event_params", e.params)
         if c.events:
             out.append(f"const EventInfo {c.name}_events[] = {{")
             for e in c.events:

@@ -28,17 +28,17 @@ void WaitableTimer::arm(Clock::time_point due) {
   if (handle_ == kInvalidHandle) return;
   // steady_clock is CLOCK_MONOTONIC on Linux, so its time points are the timer's absolute times.
   const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(due.time_since_epoch());
-  itimerspec spec{};
+  itimerspec setting{};
   const std::int64_t count = ns.count() > 0 ? ns.count() : 1;  // 0 would disarm
-  spec.it_value.tv_sec = static_cast<time_t>(count / 1'000'000'000);
-  spec.it_value.tv_nsec = static_cast<long>(count % 1'000'000'000);
-  ::timerfd_settime(fd(handle_), TFD_TIMER_ABSTIME, &spec, nullptr);
+  setting.it_value.tv_sec = static_cast<time_t>(count / 1'000'000'000);
+  setting.it_value.tv_nsec = static_cast<long>(count % 1'000'000'000);
+  ::timerfd_settime(fd(handle_), TFD_TIMER_ABSTIME, &setting, nullptr);
 }
 
 void WaitableTimer::disarm() {
   if (handle_ == kInvalidHandle) return;
-  const itimerspec spec{};
-  ::timerfd_settime(fd(handle_), 0, &spec, nullptr);
+  const itimerspec setting{};
+  ::timerfd_settime(fd(handle_), 0, &setting, nullptr);
 }
 
 void WaitableTimer::clear() {
