@@ -15,6 +15,10 @@
 // Booleans follow the language's If: any non-zero flag counts as set. "Trim" removes U+0020
 // only, and every comparison is on UTF-16 code units; case-insensitive means both sides are
 // upper-cased first.
+//
+// Defined one concept to a file: expand.cpp, quotes.cpp, words.cpp (counting, spacing,
+// splitting), ansi_length.cpp, character_sets.cpp (banned and allowed characters), compare.cpp,
+// collections.cpp (arrays, collections, Maximum/Minimum) and booleans.cpp.
 namespace orvo::text {
 
 inline constexpr char16_t kBannedCharExtender_Allowed[] = u"allowed:";

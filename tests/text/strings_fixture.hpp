@@ -1,0 +1,27 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "orvogeneric/variant.hpp"
+#include "support/test_support.hpp"
+
+// What the tests of the string procedures share: the Western locale their expected texts are
+// written in, and short names for the flags and arrays they pass.
+namespace orvo::text {
+
+inline constexpr VBool F = VBool::False;
+inline constexpr VBool T = VBool::True;
+
+inline SafeArray arrayOf(std::vector<Variant> items, std::int32_t lowerBound = 0) {
+  return SafeArray(VarType::Variant, lowerBound, std::move(items));
+}
+
+class StringsTest : public ::testing::Test {
+ protected:
+  test::ScopedLocale locale_{"en_US.UTF-8"};
+};
+
+}  // namespace orvo::text
