@@ -24,10 +24,13 @@ set(ORVO_SOURCES_FILES
     src/files/textio.cpp)
 
 set(ORVO_SOURCES_FRAME
+    src/frame/collection.cpp
     src/frame/desktop.cpp
+    src/frame/error.cpp
     src/frame/event_loop.cpp
     src/frame/library_info.cpp
     src/frame/parent_app.cpp
+    src/frame/safe_array.cpp
     src/frame/state.cpp
     src/frame/trace.cpp
     src/frame/traps.cpp
@@ -51,6 +54,7 @@ set(ORVO_SOURCES_RESOURCES
     src/resources/satellite_loader.cpp)
 
 set(ORVO_SOURCES_RUNTIME
+    src/runtime/calendar.cpp
     src/runtime/convert.cpp
     src/runtime/date_text.cpp
     src/runtime/dates.cpp
@@ -78,12 +82,19 @@ set(ORVO_SOURCES_SYSTEM
 set(ORVO_SOURCES_TEXT
     src/text/MathsUtilities.cpp
     src/text/StringUtilities.cpp
+    src/text/ansi_length.cpp
+    src/text/booleans.cpp
+    src/text/character_sets.cpp
+    src/text/collections.cpp
+    src/text/compare.cpp
+    src/text/expand.cpp
     src/text/keypress.cpp
     src/text/maths.cpp
     src/text/numbers.cpp
     src/text/path_compact.cpp
     src/text/paths.cpp
-    src/text/strings.cpp)
+    src/text/quotes.cpp
+    src/text/words.cpp)
 
 # The system calls: one folder per operating system, each implementing src/platform/*.hpp.
 if(UNIX)

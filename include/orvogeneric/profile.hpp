@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "orvogeneric/export.hpp"
+#include "orvogeneric/system_errors.hpp"
 #include "orvogeneric/types.hpp"
 
 // Settings files beyond the typed one-value calls of the INI class, for tools and hosts that
@@ -23,7 +24,7 @@ ORVO_API std::optional<std::vector<std::pair<String, String>>> ProfileSection(
     const String& file, const String& section);
 
 // Writes one value as it is given (no quoting added); with key null deletes the section, with
-// value null the key. False with a Windows error number (2, 3, 5, ...) when it cannot.
+// value null the key. False with a Windows error number (system_errors.hpp) when it cannot.
 ORVO_API bool ProfileWrite(const String& file, const String& section, const String* key,
                            const String* value, std::uint32_t* lastError = nullptr);
 

@@ -8,15 +8,15 @@
 #include <string_view>
 #include <vector>
 
+#include "orvogeneric/system_errors.hpp"
 #include "orvogeneric/types.hpp"
+#include "platform/file_id.hpp"
 #include "platform/native_handle.hpp"
+#include "platform/native_path.hpp"
 
 // Files as the library's file procedures see them, in the platform's terms: Windows error
 // numbers, attributes, dispositions and sharing. Paths may use "\" or "/".
 namespace orvo::platform {
-
-// The path as the operating system takes it: UTF-8, every "\" turned into "/".
-std::string nativePath(std::u16string_view path);
 
 // Windows file attributes of a path: 16 directory, 1 read-only, 128 normal; nullopt when the
 // path cannot be examined (missing, or a directory on the way cannot be searched).
@@ -28,14 +28,16 @@ std::optional<std::int32_t> fileAttributes(std::u16string_view path);
 // Size in bytes of the file at the path; nullopt when it cannot be examined.
 std::optional<std::int64_t> fileSize(std::u16string_view path);
 
-// Windows error numbers the file procedures report and test for.
-inline constexpr std::uint32_t kErrorFileNotFound = 2;
-inline constexpr std::uint32_t kErrorPathNotFound = 3;
-inline constexpr std::uint32_t kErrorAccessDenied = 5;
-inline constexpr std::uint32_t kErrorSharingViolation = 32;
-inline constexpr std::uint32_t kErrorFileExists = 80;
-inline constexpr std::uint32_t kErrorAlreadyExists = 183;
-inline constexpr std::uint32_t kErrorDiskFull = 112;
+// The Windows error numbers the file procedures report and test for are public.
+using orvo::kErrorAccessDenied;
+using orvo::kErrorAlreadyExists;
+using orvo::kErrorDiskFull;
+using orvo::kErrorFileExists;
+using orvo::kErrorFileNotFound;
+using orvo::kErrorGenFailure;
+using orvo::kErrorNotEnoughMemory;
+using orvo::kErrorPathNotFound;
+using orvo::kErrorSharingViolation;
 
 // The platform's text for a Windows error number, as FormatMessage gives it ("" when none).
 String systemErrorText(std::uint32_t error);
@@ -117,13 +119,6 @@ bool copyFile(std::u16string_view from, std::u16string_view to, bool failIfExist
 // exist.
 std::optional<String> canonicalPath(std::u16string_view path);
 
-// What identifies a file whatever the path it is reached by: volume and index, as the platform
-// keeps them.
-struct FileId {
-  std::uint64_t volume = 0;
-  std::uint64_t index = 0;
-  friend bool operator==(const FileId&, const FileId&) = default;
-};
 std::optional<FileId> fileId(std::u16string_view path);
 
 // One entry of a directory listing; "." and ".." are never listed.

@@ -5,6 +5,10 @@
 #include <string>
 #include <string_view>
 
+#include "platform/file_id.hpp"
+#include "platform/native_handle.hpp"
+#include "platform/native_path.hpp"
+
 // Files read and replaced whole, for small files that several processes share (settings):
 // a version stamp to know that a file has not changed since it was parsed, an advisory lock
 // that serialises writers, and replacement by rename so that no reader ever sees half a file.
@@ -12,10 +16,9 @@ namespace orvo::platform {
 
 // One version of a file's content as the file system stamps it. Two reads with equal stamps
 // saw the same bytes, except when the file was rewritten within one tick of the file system's
-// clock by a program that kept its inode and size; see isRecent.
+// clock by a program that kept its identity and size; see stampIsConclusive.
 struct FileVersion {
-  std::uint64_t device = 0;
-  std::uint64_t inode = 0;
+  FileId id;
   std::int64_t size = 0;
   std::int64_t modifiedNs = 0;
   std::int64_t changedNs = 0;
@@ -23,7 +26,7 @@ struct FileVersion {
 };
 
 // The stamp of the file a path names (links followed); nullopt when there is none.
-std::optional<FileVersion> fileVersion(const std::string& nativePath);
+std::optional<FileVersion> fileVersion(const NativePath& path);
 
 // The clock that file stamps are taken from, in nanoseconds.
 std::int64_t stampClockNs();
@@ -36,11 +39,11 @@ bool stampIsConclusive(const FileVersion& version, std::int64_t readAtNs);
 
 // The whole file, with the stamp of what was read; error is a Windows error number
 // (2 missing, 3 no such directory, 5 denied) when nullopt.
-std::optional<std::string> readWholeFile(const std::string& nativePath, FileVersion* version,
+std::optional<std::string> readWholeFile(const NativePath& path, FileVersion* version,
                                          std::uint32_t& error);
 
 // The path a write goes to: through symbolic links to the file they name, which need not exist.
-std::string writeTarget(const std::string& nativePath);
+NativePath writeTarget(const NativePath& path);
 
 // An exclusive advisory lock held by the writers of one file while they read, change and
 // replace it. It lives on the directory, because the file itself is replaced (a lock on it
@@ -53,10 +56,10 @@ class WriterLock {
   ~WriterLock();
   // Waits for the lock. False, with a Windows error number, when the directory is missing (3)
   // or cannot be opened (5). A file system that cannot lock gives true without a lock.
-  bool acquire(const std::string& fileNativePath, std::uint32_t& error);
+  bool acquire(const NativePath& file, std::uint32_t& error);
 
  private:
-  int fd_ = -1;
+  NativeHandle handle_ = kInvalidHandle;
 };
 
 // Replaces the file's content as one step: the bytes go to a temporary file in the same
@@ -64,7 +67,7 @@ class WriterLock {
 // is renamed over the path. Call with the WriterLock held: the temporary file's name is fixed,
 // so that one left behind by a killed writer is simply reused by the next. Returns the new
 // stamp, or nullopt with a Windows error number; the old file is then as it was.
-std::optional<FileVersion> replaceWholeFile(const std::string& nativePath, std::string_view bytes,
+std::optional<FileVersion> replaceWholeFile(const NativePath& path, std::string_view bytes,
                                             std::uint32_t& error);
 
 }  // namespace orvo::platform

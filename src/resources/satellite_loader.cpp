@@ -1,9 +1,9 @@
 #include "resources/satellite_loader.hpp"
 
 #include <algorithm>
-#include <map>
 #include <mutex>
 #include <string>
+#include <unordered_map>
 
 #include "frame/parent_app.hpp"
 #include "platform/codepage.hpp"
@@ -24,7 +24,9 @@ bool isFile(const String& path) {
 // Loaded satellites by the path they were read from; an entry lives while a handle does.
 struct Cache {
   std::mutex mutex;
-  std::map<std::string, std::weak_ptr<const Satellite>> loaded;
+  std::unordered_map<platform::NativePath, std::weak_ptr<const Satellite>,
+                     platform::NativePath::Hash>
+      loaded;
 };
 
 Cache& cache() {
@@ -51,7 +53,7 @@ SatelliteHandle loadSatellite(const String& requested) {
     const String beside = frame::sParentAppPath() + path;
     if (isFile(beside)) path = beside;
   }
-  const std::string key = platform::nativePath(path);
+  const platform::NativePath key(path);
   Cache& c = cache();
   const std::lock_guard lock(c.mutex);
   if (auto alive = c.loaded[key].lock()) return alive;

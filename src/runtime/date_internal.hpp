@@ -10,9 +10,6 @@ inline constexpr int kMaxYear = 9999;
 inline constexpr double kMinSerial = -657434;  // 100-01-01
 inline constexpr double kMaxSerial = 2958465;  // 9999-12-31
 
-// Serial day number (days since 1899-12-30) of a proleptic Gregorian date; m is 1..12.
-std::int64_t daysFromCivil(std::int64_t y, int m, int d);
-void civilFromDays(std::int64_t serialDay, int& year, int& month, int& day);
 // Whether the serial lies within 100-01-01 00:00:00 .. 9999-12-31 23:59:59.
 bool isValidSerial(double serial) noexcept;
 // Days on a plain time line (negative times count back from 1899-12-30 00:00) to the automation

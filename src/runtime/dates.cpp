@@ -10,34 +10,6 @@ namespace orvo::runtime {
 
 namespace detail {
 
-namespace {
-// Day 0 of the automation date, as days since 1970-01-01 in the proleptic Gregorian calendar.
-constexpr std::int64_t kEpochShift = -25569;
-}  // namespace
-
-std::int64_t daysFromCivil(std::int64_t y, int m, int d) {
-  // Howard Hinnant's algorithm: exact for every year, no tables.
-  y -= m <= 2 ? 1 : 0;
-  const std::int64_t era = (y >= 0 ? y : y - 399) / 400;
-  const auto yoe = static_cast<unsigned>(y - era * 400);
-  const unsigned doy =
-      (153 * static_cast<unsigned>(m + (m > 2 ? -3 : 9)) + 2) / 5 + static_cast<unsigned>(d) - 1;
-  const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-  return era * 146097 + static_cast<std::int64_t>(doe) - 719468 - kEpochShift;
-}
-
-void civilFromDays(std::int64_t serialDay, int& year, int& month, int& day) {
-  const std::int64_t z = serialDay + kEpochShift + 719468;
-  const std::int64_t era = (z >= 0 ? z : z - 146096) / 146097;
-  const auto doe = static_cast<unsigned>(z - era * 146097);
-  const unsigned yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-  const unsigned doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-  const unsigned mp = (5 * doy + 2) / 153;
-  day = static_cast<int>(doy - (153 * mp + 2) / 5 + 1);
-  month = static_cast<int>(mp < 10 ? mp + 3 : mp - 9);
-  year = static_cast<int>(static_cast<std::int64_t>(yoe) + era * 400 + (month <= 2 ? 1 : 0));
-}
-
 bool isValidSerial(double serial) noexcept {
   // 100-01-01 00:00:00 through 9999-12-31 23:59:59.999...; a negative serial's fraction counts
   // forward from its day, so the whole of 100-01-01 is -657434.999...
@@ -70,7 +42,7 @@ Date DateSerial(int year, int month, int day) {
     raise(errInvalidProcedureCall);
   }
   const std::int64_t serial =
-      detail::daysFromCivil(carriedYear, carriedMonth, 1) + (static_cast<std::int64_t>(day) - 1);
+      daysFromCivil(carriedYear, carriedMonth, 1) + (static_cast<std::int64_t>(day) - 1);
   if (serial < static_cast<std::int64_t>(detail::kMinSerial) ||
       serial > static_cast<std::int64_t>(detail::kMaxSerial)) {
     raise(errInvalidProcedureCall);
@@ -100,13 +72,13 @@ DateParts splitDate(Date date) {
     ++day;
   }
   DateParts parts;
-  detail::civilFromDays(day, parts.year, parts.month, parts.day);
+  civilFromDays(day, parts.year, parts.month, parts.day);
   parts.hour = static_cast<int>(seconds / 3600);
   parts.minute = static_cast<int>(seconds / 60 % 60);
   parts.second = static_cast<int>(seconds % 60);
   // Day 0 (1899-12-30) was a Saturday.
   parts.weekday = static_cast<int>(((day % 7) + 7 + 6) % 7) + 1;
-  parts.dayOfYear = static_cast<int>(day - detail::daysFromCivil(parts.year, 1, 1)) + 1;
+  parts.dayOfYear = static_cast<int>(day - daysFromCivil(parts.year, 1, 1)) + 1;
   return parts;
 }
 
@@ -114,8 +86,7 @@ Date Now() {
   const std::time_t now = std::time(nullptr);
   std::tm local{};
   localtime_r(&now, &local);
-  const std::int64_t day =
-      detail::daysFromCivil(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday);
+  const std::int64_t day = daysFromCivil(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday);
   const int seconds = local.tm_hour * 3600 + local.tm_min * 60 + std::min(local.tm_sec, 59);
   return Date{static_cast<double>(day) + seconds / 86400.0};
 }

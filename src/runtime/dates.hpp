@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "orvogeneric/calendar.hpp"
 #include "orvogeneric/types.hpp"
 
 // Date serials: days since 1899-12-30, time as the fraction. Negative serials keep the time as
@@ -29,5 +30,9 @@ Date TimeSerial(int hour, int minute, int second);
 DateParts splitDate(Date date);
 // The current local date and time.
 Date Now();
+
+// The calendar arithmetic is public (hosts and orvo print any serial); the runtime names it too.
+using orvo::civilFromDays;
+using orvo::daysFromCivil;
 
 }  // namespace orvo::runtime

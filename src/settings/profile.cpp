@@ -76,7 +76,7 @@ String GetPrivateProfileString(const String& section, const String& key, const S
   String fallback = throughAnsi(defaultText, form);
   while (!fallback.empty() && isBlank(fallback.back())) fallback.pop_back();
   if (file.empty()) return cut(fallback);
-  const auto document = loadDocument(platform::nativePath(file));
+  const auto document = loadDocument(platform::NativePath(file));
   if (document == nullptr) return cut(fallback);
   const auto s = document->findSection(upper(trimBlanks(throughAnsi(section, form))));
   if (s < 0) return cut(fallback);
@@ -97,7 +97,7 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
   };
   if (section == nullptr) return fail(platform::kErrorFileNotFound);
   if (file.empty()) return fail(platform::kErrorAccessDenied);
-  const std::string path = platform::writeTarget(platform::nativePath(file));
+  const platform::NativePath path = platform::writeTarget(platform::NativePath(file));
   const std::uint32_t acp = platform::systemAnsiCodePage();
   const String sectionName = trimBlanks(throughAnsi(*section, form));
   const String keyName = key != nullptr ? trimBlanks(throughAnsi(*key, form)) : String();
@@ -114,7 +114,7 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
     if (key == nullptr || value == nullptr) return true;
     bytes.emplace();
   }
-  if (bytes->size() >= detail::kLargestFile) return fail(8);  // ERROR_NOT_ENOUGH_MEMORY
+  if (bytes->size() >= detail::kLargestFile) return fail(platform::kErrorNotEnoughMemory);
   const auto known = cachedDocument(path);
   const auto document = known != nullptr && stillValid(*known) && known->raw() == *bytes
                             ? known
@@ -181,7 +181,7 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
 }
 
 std::optional<ProfileSnapshot> ProfileSnapshot::read(const String& file) {
-  auto document = loadDocument(platform::nativePath(file));
+  auto document = loadDocument(platform::NativePath(file));
   if (document == nullptr) return std::nullopt;
   return ProfileSnapshot(std::move(document));
 }

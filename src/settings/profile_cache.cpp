@@ -23,8 +23,8 @@ std::mutex& cacheMutex() {
   static std::mutex m;
   return m;
 }
-std::unordered_map<std::string, CacheEntry>& cache() {
-  static std::unordered_map<std::string, CacheEntry> c;
+std::unordered_map<platform::NativePath, CacheEntry, platform::NativePath::Hash>& cache() {
+  static std::unordered_map<platform::NativePath, CacheEntry, platform::NativePath::Hash> c;
   return c;
 }
 constexpr std::size_t kCacheLimit = 64;
@@ -35,13 +35,13 @@ bool stillValid(const Document& document) {
   return !document.dependsOnCodePage() || document.ansiCodePage() == platform::systemAnsiCodePage();
 }
 
-std::shared_ptr<const Document> cachedDocument(const std::string& path) {
+std::shared_ptr<const Document> cachedDocument(const platform::NativePath& path) {
   const std::lock_guard lock(cacheMutex());
   const auto it = cache().find(path);
   return it == cache().end() ? nullptr : it->second.document;
 }
 
-void rememberDocument(const std::string& path, const platform::FileVersion& version,
+void rememberDocument(const platform::NativePath& path, const platform::FileVersion& version,
                       std::shared_ptr<const Document> document, std::int64_t readAtNs) {
   const std::lock_guard lock(cacheMutex());
   if (cache().size() >= kCacheLimit && cache().count(path) == 0) cache().clear();
@@ -50,7 +50,7 @@ void rememberDocument(const std::string& path, const platform::FileVersion& vers
 
 // The parsed file, from the cache while its stamp is unchanged (one stat per call, so that a
 // change by another process is seen by the next call); null when it cannot be read.
-std::shared_ptr<const Document> loadDocument(const std::string& path) {
+std::shared_ptr<const Document> loadDocument(const platform::NativePath& path) {
   const auto version = platform::fileVersion(path);
   if (!version) return nullptr;
   std::shared_ptr<const Document> known;

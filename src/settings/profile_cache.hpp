@@ -15,11 +15,11 @@ namespace orvo::settings::privateprofile {
 // Whether a document read in one ANSI code page reads the same in the current one.
 bool stillValid(const detail::Document& document);
 // The parsed file, from the cache while its stamp is unchanged; null when it cannot be read.
-std::shared_ptr<const detail::Document> loadDocument(const std::string& path);
+std::shared_ptr<const detail::Document> loadDocument(const platform::NativePath& path);
 // The last parse of the file whatever its stamp (a writer compares bytes with it); may be null.
-std::shared_ptr<const detail::Document> cachedDocument(const std::string& path);
+std::shared_ptr<const detail::Document> cachedDocument(const platform::NativePath& path);
 // Records what a writer has just written, with the time its bytes were known to be the file's.
-void rememberDocument(const std::string& path, const platform::FileVersion& version,
+void rememberDocument(const platform::NativePath& path, const platform::FileVersion& version,
                       std::shared_ptr<const detail::Document> document, std::int64_t readAtNs);
 
 }  // namespace orvo::settings::privateprofile

@@ -1,9 +1,6 @@
-#include <locale.h>  // NOLINT(modernize-deprecated-headers): newlocale and strtod_l are POSIX
-
 #include <algorithm>
 #include <charconv>
 #include <climits>
-#include <clocale>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -18,7 +15,6 @@ namespace orvo::cli {
 namespace {
 
 using json::badArgument;
-using json::cLocale;
 using json::excerpt;
 using json::overflow;
 using json::parseCurrency;
@@ -338,9 +334,7 @@ class Reader {
       std::from_chars(token.data(), token.data() + token.size(), v);
       if (v >= INT32_MIN && v <= INT32_MAX) return Variant(static_cast<std::int32_t>(v));
     }
-    // Beyond the range of a double the value is infinite, as "1e999" is written for it.
-    const std::string copy(token);
-    return Variant(strtod_l(copy.c_str(), nullptr, cLocale()));
+    return Variant(json::parseNumber(token));
   }
 
   // Decodes a JSON string to UTF-16 code units.

@@ -1,31 +1,16 @@
 #include "json_scalars.hpp"
 
-#include <locale.h>  // NOLINT(modernize-deprecated-headers): newlocale is POSIX
-
+#include <algorithm>
 #include <charconv>
 #include <climits>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 
+#include "orvogeneric/calendar.hpp"
 #include "orvogeneric/error.hpp"
 
 namespace orvo::cli::json {
-
-namespace {
-
-// 1899-12-30 is serial 0; days from the civil calendar (proleptic Gregorian).
-std::int64_t daysFromCivil(std::int64_t y, unsigned m, unsigned d) {
-  y -= m <= 2;
-  const std::int64_t era = (y >= 0 ? y : y - 399) / 400;
-  const auto yoe = static_cast<unsigned>(y - era * 400);
-  const unsigned doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
-  const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-  return era * 146097 + static_cast<std::int64_t>(doe) - 719468;
-}
-constexpr std::int64_t kSerialEpoch = -25569;  // daysFromCivil(1899, 12, 30)
-
-}  // namespace
 
 std::string excerpt(std::string_view text) {
   if (text.size() <= kQuoteLimit) return std::string(text);
@@ -66,8 +51,7 @@ Date parseDate(std::u16string_view text16) {
       s > 59) {
     badArgument(R"(a date is {"date": "YYYY-MM-DDTHH:MM:SS"}, got ")" + excerpt(text) + "\"");
   }
-  const double days = static_cast<double>(
-      daysFromCivil(y, static_cast<unsigned>(mo), static_cast<unsigned>(d)) - kSerialEpoch);
+  const auto days = static_cast<double>(daysFromCivil(y, mo, d));
   const double time = (h * 3600.0 + mi * 60.0 + s) / 86400.0;
   // The automation date counts the time away from zero for days before the epoch.
   return Date{days < 0 ? days - time : days + time};
@@ -81,18 +65,12 @@ void appendDate(std::string& out, Date date) {
     seconds -= 86400;
     whole += date.serial < 0 ? -1 : 1;
   }
-  const std::int64_t z = static_cast<std::int64_t>(whole) + kSerialEpoch + 719468;
-  const std::int64_t era = (z >= 0 ? z : z - 146096) / 146097;
-  const auto doe = static_cast<unsigned>(z - era * 146097);
-  const unsigned yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-  const std::int64_t y = static_cast<std::int64_t>(yoe) + era * 400;
-  const unsigned doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-  const unsigned mp = (5 * doy + 2) / 153;
-  const unsigned d = doy - (153 * mp + 2) / 5 + 1;
-  const unsigned m = mp < 10 ? mp + 3 : mp - 9;
+  int y = 0;
+  int m = 0;
+  int d = 0;
+  civilFromDays(static_cast<std::int64_t>(whole), y, m, d);
   char buf[80];
-  std::snprintf(buf, sizeof buf, R"({"date":"%04lld-%02u-%02uT%02lld:%02lld:%02lld"})",
-                static_cast<long long>(y) + (m <= 2 ? 1 : 0), m, d,
+  std::snprintf(buf, sizeof buf, R"({"date":"%04d-%02d-%02dT%02lld:%02lld:%02lld"})", y, m, d,
                 static_cast<long long>(seconds / 3600), static_cast<long long>(seconds / 60 % 60),
                 static_cast<long long>(seconds % 60));
   out += buf;
@@ -154,9 +132,44 @@ Currency parseCurrency(std::u16string_view text16) {
                            : static_cast<std::int64_t>(scaled)};
 }
 
-locale_t cLocale() {
-  static const locale_t c = newlocale(LC_ALL_MASK, "C", nullptr);
-  return c;
+double parseNumber(std::string_view token) {
+  constexpr std::int64_t kExponentCap = 1'000'000'000;
+  double value = 0;
+  const auto [unused, ec] = std::from_chars(token.data(), token.data() + token.size(), value);
+  if (ec != std::errc::result_out_of_range) return value;
+  // Out of range means the value rounds to infinity or to zero; which of the two follows from
+  // the decimal exponent of the first significant digit.
+  const bool negative = token.front() == '-';
+  std::int64_t integerDigits = 0;  // from the first non-zero one
+  std::int64_t fractionZeros = 0;  // before the first non-zero digit, when the integer part is 0
+  bool fraction = false;
+  bool significant = false;
+  std::size_t i = negative ? 1 : 0;
+  for (; i < token.size() && token[i] != 'e' && token[i] != 'E'; ++i) {
+    if (token[i] == '.') {
+      fraction = true;
+    } else if (!fraction) {
+      significant = significant || token[i] != '0';
+      integerDigits += significant ? 1 : 0;
+    } else if (!significant) {
+      significant = token[i] != '0';
+      fractionZeros += significant ? 0 : 1;
+    }
+  }
+  const std::int64_t lead = integerDigits > 0 ? integerDigits - 1 : -(fractionZeros + 1);
+  std::int64_t exponent = 0;
+  if (i < token.size()) {
+    ++i;
+    const bool down = token[i] == '-';
+    if (token[i] == '+' || token[i] == '-') ++i;
+    // Saturated: a thousand-digit exponent means the same as a ten-digit one.
+    for (; i < token.size(); ++i) {
+      exponent = std::min<std::int64_t>(exponent * 10 + (token[i] - '0'), kExponentCap);
+    }
+    if (down) exponent = -exponent;
+  }
+  const double magnitude = lead + exponent > 0 ? HUGE_VAL : 0.0;
+  return negative ? -magnitude : magnitude;
 }
 
 }  // namespace orvo::cli::json

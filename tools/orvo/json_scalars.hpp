@@ -1,6 +1,5 @@
 #pragma once
 
-#include <clocale>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -27,7 +26,8 @@ Currency parseCurrency(std::u16string_view text);
 void appendCurrency(std::string& out, Currency c);
 void appendNumber(std::string& out, double v);
 
-// The "C" locale, for reading numbers whatever the process locale says.
-locale_t cLocale();
+// A JSON number's text as a double, whatever the process locale says; beyond the range of a
+// double it is infinite (as "1e999" is written for it) or zero.
+double parseNumber(std::string_view token);
 
 }  // namespace orvo::cli::json

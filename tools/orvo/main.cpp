@@ -8,7 +8,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli.hpp"
@@ -68,24 +70,17 @@ int commandCall(int argc, char** argv) {
 
 int commandBatch() {
   cli::ObjectTable objects;
-  char* buffer = nullptr;
-  std::size_t capacity = 0;
-  ssize_t length = 0;
-  int status = 0;
-  // POSIX getline keeps one buffer for every line, grown in place for a long one.
-  while ((length = ::getline(&buffer, &capacity, stdin)) >= 0) {
-    std::string_view line(buffer, static_cast<std::size_t>(length));
-    if (!line.empty() && line.back() == '\n') line.remove_suffix(1);
-    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-    std::string answer = cli::batchLine(line, objects);
+  // Buffered reading of its own: standard input is read by nothing else in the process.
+  std::ios::sync_with_stdio(false);
+  std::string line;  // one buffer for every line, grown in place for a long one
+  while (std::getline(std::cin, line)) {
+    std::string_view text(line);
+    if (!text.empty() && text.back() == '\r') text.remove_suffix(1);
+    std::string answer = cli::batchLine(text, objects);
     answer += '\n';
-    if (!put(answer) || std::fflush(stdout) != 0) {
-      status = finish(0);
-      break;
-    }
+    if (!put(answer) || std::fflush(stdout) != 0) return finish(0);
   }
-  std::free(buffer);  // NOLINT(cppcoreguidelines-no-malloc): getline's own buffer
-  return status != 0 ? status : finish(0);
+  return finish(0);
 }
 
 int commandMembers(int argc, char** argv) {

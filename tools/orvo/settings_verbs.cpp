@@ -36,10 +36,10 @@ int usage(const char* help) {
 }
 
 int writeFailure(const std::string& file, std::uint32_t error) {
-  const char* why = error == 3   ? "its directory does not exist"
-                    : error == 5 ? "access denied"
-                    : error == 8 ? "the file is too large"
-                                 : "the platform refused the write";
+  const char* why = error == kErrorPathNotFound      ? "its directory does not exist"
+                    : error == kErrorAccessDenied    ? "access denied"
+                    : error == kErrorNotEnoughMemory ? "the file is too large"
+                                                     : "the platform refused the write";
   std::fprintf(stderr, "orvo ini: %s cannot be written: %s (Windows error %u)\n", file.c_str(), why,
                error);
   return 1;

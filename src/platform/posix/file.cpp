@@ -16,16 +16,14 @@
 
 namespace orvo::platform {
 
-std::string nativePath(std::u16string_view path) {
-  std::string out = toUtf8(path);
-  std::replace(out.begin(), out.end(), '\\', '/');
-  return out;
+NativePath::NativePath(std::u16string_view path) : text_(toUtf8(path)) {
+  std::replace(text_.begin(), text_.end(), '\\', '/');
 }
 
 std::optional<std::int32_t> fileAttributes(std::u16string_view path) {
   if (path.empty()) return std::nullopt;
   struct stat st {};
-  const std::string native = nativePath(path);
+  const std::string native = NativePath(path).native();
   if (::stat(native.c_str(), &st) != 0) return std::nullopt;
   std::int32_t attributes = 0;
   if (S_ISDIR(st.st_mode)) attributes |= kAttributeDirectory;
@@ -36,7 +34,7 @@ std::optional<std::int32_t> fileAttributes(std::u16string_view path) {
 
 std::optional<std::int64_t> fileSize(std::u16string_view path) {
   struct stat st {};
-  const std::string native = nativePath(path);
+  const std::string native = NativePath(path).native();
   if (path.empty() || ::stat(native.c_str(), &st) != 0) return std::nullopt;
   return static_cast<std::int64_t>(st.st_size);
 }
@@ -82,7 +80,7 @@ bool File::open(std::u16string_view path, const OpenOptions& options, bool* exis
   const bool read = options.access != Access::Write;
   const bool write = options.access != Access::Read;
   close();
-  const std::string native = nativePath(path);
+  const std::string native = NativePath(path).native();
   struct stat st {};
   const bool there = !path.empty() && ::stat(native.c_str(), &st) == 0;
   if (there && S_ISDIR(st.st_mode)) {
@@ -120,7 +118,7 @@ bool File::open(std::u16string_view path, const OpenOptions& options, bool* exis
 
 bool File::openForAppend(std::u16string_view path, bool create) {
   close();
-  const std::string native = nativePath(path);
+  const std::string native = NativePath(path).native();
   const int fd =
       ::open(native.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | (create ? O_CREAT : 0), 0666);
   if (fd < 0) {
@@ -208,7 +206,7 @@ bool deleteFile(std::u16string_view path) {
   if (path.empty()) return false;
   const auto attributes = fileAttributes(path);
   if (attributes && (*attributes & kAttributeReadOnly) != 0) return false;
-  const std::string native = nativePath(path);
+  const std::string native = NativePath(path).native();
   return ::unlink(native.c_str()) == 0;
 }
 
@@ -258,8 +256,8 @@ bool copyFile(std::u16string_view from, std::u16string_view to, bool failIfExist
               std::uint32_t* error) {
   std::uint32_t ignored = 0;
   std::uint32_t& result = error != nullptr ? *error : ignored;
-  const std::string source = nativePath(from);
-  const std::string target = nativePath(to);
+  const std::string source = NativePath(from).native();
+  const std::string target = NativePath(to).native();
   struct stat in {};
   if (from.empty() || ::stat(source.c_str(), &in) != 0) {
     result = from.empty() ? kErrorPathNotFound : missingError(source);
@@ -317,7 +315,7 @@ bool copyFile(std::u16string_view from, std::u16string_view to, bool failIfExist
 
 std::optional<String> canonicalPath(std::u16string_view path) {
   if (path.empty()) return std::nullopt;
-  const std::string native = nativePath(path);
+  const std::string native = NativePath(path).native();
   char* resolved = ::realpath(native.c_str(), nullptr);
   if (resolved == nullptr) return std::nullopt;
   String out = fromUtf8(resolved);
@@ -327,14 +325,14 @@ std::optional<String> canonicalPath(std::u16string_view path) {
 
 std::optional<FileId> fileId(std::u16string_view path) {
   struct stat st {};
-  const std::string native = nativePath(path);
+  const std::string native = NativePath(path).native();
   if (path.empty() || ::stat(native.c_str(), &st) != 0) return std::nullopt;
   return FileId{static_cast<std::uint64_t>(st.st_dev), static_cast<std::uint64_t>(st.st_ino)};
 }
 
 std::optional<std::vector<DirectoryEntry>> listDirectory(std::u16string_view directory,
                                                          std::u16string_view pattern) {
-  const std::string native = nativePath(directory);
+  const std::string native = NativePath(directory).native();
   DIR* dir = directory.empty() ? nullptr : ::opendir(native.c_str());
   if (dir == nullptr) return std::nullopt;
   std::vector<DirectoryEntry> entries;

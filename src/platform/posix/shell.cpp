@@ -63,7 +63,7 @@ std::int32_t fromOpenerStatus(int status) {
 std::int32_t openDocument(std::u16string_view document) {
   std::string target = toUtf8(document);
   if (!isAddress(document)) {
-    target = nativePath(document);
+    target = NativePath(document).native();
     struct stat st {};
     if (document.empty() || ::stat(target.c_str(), &st) != 0) {
       const auto slash = target.find_last_of('/');

@@ -16,7 +16,7 @@ namespace orvo::platform {
 namespace {
 
 FileVersion versionOf(const struct stat& st) {
-  return {static_cast<std::uint64_t>(st.st_dev), static_cast<std::uint64_t>(st.st_ino),
+  return {{static_cast<std::uint64_t>(st.st_dev), static_cast<std::uint64_t>(st.st_ino)},
           static_cast<std::int64_t>(st.st_size),
           static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec,
           static_cast<std::int64_t>(st.st_ctim.tv_sec) * 1000000000 + st.st_ctim.tv_nsec};
@@ -43,9 +43,9 @@ bool writeAll(int fd, std::string_view bytes) {
 
 }  // namespace
 
-std::optional<FileVersion> fileVersion(const std::string& nativePath) {
+std::optional<FileVersion> fileVersion(const NativePath& path) {
   struct stat st {};
-  if (::stat(nativePath.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
+  if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
   return versionOf(st);
 }
 
@@ -62,8 +62,9 @@ bool stampIsConclusive(const FileVersion& version, std::int64_t readAtNs) {
   return readAtNs - version.modifiedNs > kTickNs && readAtNs - version.changedNs > kTickNs;
 }
 
-std::optional<std::string> readWholeFile(const std::string& nativePath, FileVersion* version,
+std::optional<std::string> readWholeFile(const NativePath& path, FileVersion* version,
                                          std::uint32_t& error) {
+  const std::string& nativePath = path.native();
   const int fd = ::open(nativePath.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) {
     error = openError(nativePath, errno);
@@ -95,9 +96,9 @@ std::optional<std::string> readWholeFile(const std::string& nativePath, FileVers
   return bytes;
 }
 
-std::string writeTarget(const std::string& nativePath) {
+NativePath writeTarget(const NativePath& file) {
   std::error_code ec;
-  std::filesystem::path path = nativePath;
+  std::filesystem::path path = file.native();
   // Follow a chain of links by hand: a link to a file that does not exist yet is written
   // through as well, where canonical() would fail.
   for (int hops = 0; hops < 40 && std::filesystem::is_symlink(path, ec); ++hops) {
@@ -105,21 +106,22 @@ std::string writeTarget(const std::string& nativePath) {
     if (ec) break;
     path = target.is_absolute() ? target : path.parent_path() / target;
   }
-  return path.string();
+  return NativePath::fromNative(path.native());
 }
 
 WriterLock::~WriterLock() {
-  if (fd_ >= 0) ::close(fd_);  // closing releases the lock
+  if (handle_ != kInvalidHandle) ::close(static_cast<int>(handle_));  // closing releases the lock
 }
 
-bool WriterLock::acquire(const std::string& fileNativePath, std::uint32_t& error) {
-  const std::string dir = directoryOf(fileNativePath);
-  fd_ = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (fd_ < 0) {
+bool WriterLock::acquire(const NativePath& file, std::uint32_t& error) {
+  const std::string dir = directoryOf(file.native());
+  const int fd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) {
     error = errno == ENOENT || errno == ENOTDIR ? kErrorPathNotFound : windowsError(errno);
     return false;
   }
-  while (::flock(fd_, LOCK_EX) != 0) {
+  handle_ = fd;
+  while (::flock(fd, LOCK_EX) != 0) {
     if (errno == EINTR) continue;
     // Some network file systems refuse locks; writers then go unserialised, as they would
     // with the platform's own functions.
@@ -128,8 +130,9 @@ bool WriterLock::acquire(const std::string& fileNativePath, std::uint32_t& error
   return true;
 }
 
-std::optional<FileVersion> replaceWholeFile(const std::string& nativePath, std::string_view bytes,
+std::optional<FileVersion> replaceWholeFile(const NativePath& path, std::string_view bytes,
                                             std::uint32_t& error) {
+  const std::string& nativePath = path.native();
   const std::string dir = directoryOf(nativePath);
   const std::string name =
       nativePath.substr(nativePath.rfind('/') == std::string::npos ? 0 : nativePath.rfind('/') + 1);

@@ -33,7 +33,7 @@ inline std::uint32_t windowsError(int error) {
     case EBUSY:
       return kErrorSharingViolation;
     default:
-      return 31;  // ERROR_GEN_FAILURE: a device attached to the system is not functioning
+      return kErrorGenFailure;
   }
 }
 

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+
+namespace orvo {
+
+// The Windows system error numbers (GetLastError's) that the library's file and process calls
+// report, e.g. through ProfileWrite's lastError: the applications test for these numbers, so
+// they are kept whatever the operating system said.
+inline constexpr std::uint32_t kErrorFileNotFound = 2;
+inline constexpr std::uint32_t kErrorPathNotFound = 3;
+inline constexpr std::uint32_t kErrorAccessDenied = 5;
+inline constexpr std::uint32_t kErrorNotEnoughMemory = 8;
+inline constexpr std::uint32_t kErrorGenFailure = 31;  // a device is not functioning
+inline constexpr std::uint32_t kErrorSharingViolation = 32;
+inline constexpr std::uint32_t kErrorFileExists = 80;
+inline constexpr std::uint32_t kErrorDiskFull = 112;
+inline constexpr std::uint32_t kErrorAlreadyExists = 183;
+
+}  // namespace orvo
