@@ -103,6 +103,7 @@ if(UNIX)
       src/platform/posix/command_line.cpp
       src/platform/posix/debug_output.cpp
       src/platform/posix/file.cpp
+      src/platform/posix/open_file.cpp
       src/platform/posix/process.cpp
       src/platform/posix/shell.cpp
       src/platform/posix/system_locale.cpp

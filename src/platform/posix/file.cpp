@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/emulation/name_order.hpp"
+#include "platform/posix/open_file.hpp"
 #include "platform/posix/windows_errors.hpp"
 
 namespace orvo::platform {
@@ -104,9 +105,10 @@ bool File::open(std::u16string_view path, const OpenOptions& options, bool* exis
       flags |= O_TRUNC;
       break;
   }
-  const int fd = ::open(native.c_str(), flags, 0666);
+  std::uint32_t error = 0;
+  const int fd = openRegularFile(native, flags, 0666, error);
   if (fd < 0) {
-    lastError_ = openError(native, errno);
+    lastError_ = error;
     return false;
   }
   handle_ = fd;
@@ -119,10 +121,10 @@ bool File::open(std::u16string_view path, const OpenOptions& options, bool* exis
 bool File::openForAppend(std::u16string_view path, bool create) {
   close();
   const std::string native = NativePath(path).native();
-  const int fd =
-      ::open(native.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | (create ? O_CREAT : 0), 0666);
+  std::uint32_t error = 0;
+  const int fd = openRegularFile(native, O_WRONLY | O_APPEND | (create ? O_CREAT : 0), 0666, error);
   if (fd < 0) {
-    lastError_ = openError(native, errno);
+    lastError_ = error;
     return false;
   }
   handle_ = fd;
@@ -217,18 +219,6 @@ bool isDirectory(std::u16string_view path) {
 
 namespace {
 
-// Why a path cannot be opened, told apart as the platform tells them: a missing file (2) from
-// a missing directory on the way (3).
-std::uint32_t missingError(const std::string& native) {
-  const auto slash = native.find_last_of('/');
-  if (slash == std::string::npos || slash == 0) return kErrorFileNotFound;
-  struct stat parent {};
-  if (::stat(native.substr(0, slash).c_str(), &parent) != 0 || !S_ISDIR(parent.st_mode)) {
-    return kErrorPathNotFound;
-  }
-  return kErrorFileNotFound;
-}
-
 bool copyBytes(int in, int out) {
   std::vector<char> buffer(1 << 17);
   for (;;) {
@@ -260,7 +250,7 @@ bool copyFile(std::u16string_view from, std::u16string_view to, bool failIfExist
   const std::string target = NativePath(to).native();
   struct stat in {};
   if (from.empty() || ::stat(source.c_str(), &in) != 0) {
-    result = from.empty() ? kErrorPathNotFound : missingError(source);
+    result = from.empty() ? kErrorPathNotFound : openError(source, ENOENT);
     return false;
   }
   if (S_ISDIR(in.st_mode)) {
@@ -284,16 +274,12 @@ bool copyFile(std::u16string_view from, std::u16string_view to, bool failIfExist
       return false;
     }
   }
-  const int inFd = ::open(source.c_str(), O_RDONLY | O_CLOEXEC);
-  if (inFd < 0) {
-    result = windowsError(errno);
-    return false;
-  }
-  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (failIfExists ? O_EXCL : O_TRUNC);
-  const int outFd = to.empty() ? -1 : ::open(target.c_str(), flags, 0600);
+  const int inFd = openRegularFile(source, O_RDONLY, 0, result);
+  if (inFd < 0) return false;
+  const int flags = O_WRONLY | O_CREAT | (failIfExists ? O_EXCL : O_TRUNC);
+  const int outFd = to.empty() ? -1 : openRegularFile(target, flags, 0600, result);
   if (outFd < 0) {
-    result = to.empty() ? kErrorPathNotFound
-                        : (errno == ENOENT ? missingError(target) : windowsError(errno));
+    if (to.empty()) result = kErrorPathNotFound;
     ::close(inFd);
     return false;
   }

@@ -9,6 +9,7 @@
 #include <ctime>
 #include <filesystem>
 
+#include "platform/posix/open_file.hpp"
 #include "platform/posix/windows_errors.hpp"
 
 namespace orvo::platform {
@@ -65,11 +66,8 @@ bool stampIsConclusive(const FileVersion& version, std::int64_t readAtNs) {
 std::optional<std::string> readWholeFile(const NativePath& path, FileVersion* version,
                                          std::uint32_t& error) {
   const std::string& nativePath = path.native();
-  const int fd = ::open(nativePath.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) {
-    error = openError(nativePath, errno);
-    return std::nullopt;
-  }
+  const int fd = openRegularFile(nativePath, O_RDONLY, 0, error);
+  if (fd < 0) return std::nullopt;
   struct stat st {};
   if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
     error = kErrorAccessDenied;

@@ -1,0 +1,44 @@
+#include "platform/posix/open_file.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/posix/windows_errors.hpp"
+
+namespace orvo::platform {
+
+namespace {
+constexpr int kFirstFreeDescriptor = 3;  // after standard input, output and error
+}  // namespace
+
+int openRegularFile(const std::string& path, int flags, mode_t mode, std::uint32_t& error) {
+  int fd = ::open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, mode);
+  if (fd < 0) {
+    // A FIFO opened for writing with no reader: not a file the platform would write.
+    error = errno == ENXIO ? kErrorAccessDenied : openError(path, errno);
+    return -1;
+  }
+  struct stat st {};
+  if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    error = kErrorAccessDenied;
+    ::close(fd);
+    return -1;
+  }
+  if (fd < kFirstFreeDescriptor) {
+    const int moved = ::fcntl(fd, F_DUPFD_CLOEXEC, kFirstFreeDescriptor);
+    ::close(fd);
+    if (moved < 0) {
+      error = windowsError(errno);
+      return -1;
+    }
+    fd = moved;
+  }
+  // Regular files never block anyway; the flag goes so that later reads and writes are plain.
+  (void)::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+  return fd;
+}
+
+}  // namespace orvo::platform
