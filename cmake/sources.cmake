@@ -100,6 +100,7 @@ set(ORVO_SOURCES_TEXT
 if(UNIX)
   set(ORVO_PLATFORM_OS_DIR src/platform/posix)
   set(ORVO_SOURCES_PLATFORM_OS
+      src/platform/posix/child_streams.cpp
       src/platform/posix/command_line.cpp
       src/platform/posix/debug_output.cpp
       src/platform/posix/file.cpp

@@ -159,6 +159,29 @@ if "$orvo" call MathsUtilities.RoundUp 1.2 > /dev/full 2>/dev/null; then
   fails=$((fails + 1))
 fi
 
+# The programs a call starts share neither the answers nor the requests: their output goes to
+# standard error and their input is empty, so a batch answers every request, once each.
+answers=$(printf '%s\n' '{"call":"SystemUtilities.SyncShell","args":["echo injected"]}' \
+  '{"call":"SystemUtilities.SyncShell","args":["head -c 40"]}' \
+  '{"call":"MathsUtilities.RoundUp","args":[1.2]}' | timeout 20 "$orvo" batch 2>/dev/null)
+if [[ "$answers" != $'{"result":true}\n{"result":true}\n{"result":2}' ]]; then
+  printf 'FAIL: children and the batch streams\n  got: %s\n' "$answers"
+  fails=$((fails + 1))
+fi
+# Started with standard input closed, a lock file does not become descriptor 0; with standard
+# output closed the answer is not written anywhere else and the exit status says so.
+got=$("$orvo" call SystemUtilities.CreateMutex "orvo-cli-test-$$" 0 <&- 2>/dev/null)
+if [[ "$got" != *'"Status":2'* || "$got" == '{"result":0,'* ]]; then
+  printf 'FAIL: a mutex made with standard input closed\n  got: %s\n' "$got"
+  fails=$((fails + 1))
+fi
+"$orvo" call MathsUtilities.RoundUp 1.2 >&- 2>/dev/null
+code=$?
+if ((code != 3)); then
+  printf 'FAIL: an answer to a closed standard output exited %s, not 3\n' "$code"
+  fails=$((fails + 1))
+fi
+
 if ((fails > 0)); then
   echo "$fails orvo CLI check(s) failed"
   exit 1

@@ -16,6 +16,7 @@
 #include "cli.hpp"
 #include "file_verbs.hpp"
 #include "orvogeneric/automation.hpp"
+#include "orvogeneric/tool_checks.hpp"
 #include "resource_verbs.hpp"
 #include "settings_verbs.hpp"
 #include "system_verbs.hpp"
@@ -115,6 +116,11 @@ int commandMembers(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // Before anything opens a file: with a standard descriptor closed, a lock or settings file
+  // would take its number and receive the answers. Standard output carries the answers and
+  // standard input batch requests, so the programs a call starts must not share them.
+  ensureStandardDescriptors();
+  setChildStreams(ChildStreams::Shielded);
   if (argc < 2 || std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0) {
     std::fputs(kUsage, argc < 2 ? stderr : stdout);
     return argc < 2 ? 2 : finish(0);

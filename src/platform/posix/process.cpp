@@ -16,7 +16,9 @@
 #include <thread>
 
 #include "orvogeneric/types.hpp"
+#include "platform/posix/child_streams.hpp"
 #include "platform/posix/command_line.hpp"
+#include "platform/posix/open_file.hpp"
 #include "platform/posix/windows_errors.hpp"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX leaves it undeclared
@@ -33,7 +35,8 @@ std::int32_t startProcess(std::u16string_view commandLine) {
   for (auto& a : arguments) argv.push_back(a.data());
   argv.push_back(nullptr);
   pid_t pid = 0;
-  if (::posix_spawnp(&pid, argv[0], nullptr, nullptr, argv.data(), environ) != 0) return 0;
+  const ChildStreamActions streams;
+  if (::posix_spawnp(&pid, argv[0], streams.get(), nullptr, argv.data(), environ) != 0) return 0;
   return static_cast<std::int32_t>(pid);
 }
 
@@ -139,11 +142,9 @@ std::int32_t createNamedMutex(std::u16string_view name, std::uint32_t& lastError
   const std::string dir = mutexDirectory(lastError);
   if (dir.empty()) return 0;
   const std::string path = dir + "/" + fileNameFor(name);
-  const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-  if (fd < 0) {
-    lastError = windowsError(errno);
-    return 0;
-  }
+  // Never a link someone left in the directory; never one of the standard descriptors.
+  const int fd = openRegularFile(path, O_RDWR | O_CREAT | O_NOFOLLOW, 0600, lastError);
+  if (fd < 0) return 0;
   if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
     lastError = errno == EWOULDBLOCK ? kErrorAlreadyExists : windowsError(errno);
     ::close(fd);

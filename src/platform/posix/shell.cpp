@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "platform/file.hpp"
+#include "platform/posix/child_streams.hpp"
 #include "platform/process.hpp"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX declares it nowhere
@@ -76,7 +77,8 @@ std::int32_t openDocument(std::u16string_view document) {
   std::string program = "xdg-open";
   char* argv[] = {program.data(), target.data(), nullptr};
   pid_t pid = 0;
-  const int spawned = ::posix_spawnp(&pid, program.c_str(), nullptr, nullptr, argv, environ);
+  const ChildStreamActions streams;
+  const int spawned = ::posix_spawnp(&pid, program.c_str(), streams.get(), nullptr, argv, environ);
   if (spawned != 0) {
     // Without the desktop's opener nothing on this system is associated with any document.
     return spawned == ENOMEM ? kOutOfMemory : kNoAssociation;

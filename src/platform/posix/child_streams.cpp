@@ -1,0 +1,47 @@
+#include "platform/posix/child_streams.hpp"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+
+#include "orvogeneric/tool_checks.hpp"
+
+namespace orvo {
+
+namespace {
+std::atomic<ChildStreams> gChildStreams{ChildStreams::Inherit};
+constexpr int kFirstFreeDescriptor = 3;
+}  // namespace
+
+void setChildStreams(ChildStreams streams) noexcept { gChildStreams = streams; }
+
+void ensureStandardDescriptors() noexcept {
+  for (int fd = 0; fd < kFirstFreeDescriptor; ++fd) {
+    if (::fcntl(fd, F_GETFD) >= 0 || errno != EBADF) continue;
+    // The lowest free descriptor is the closed one. Read-only for all three: input reads as
+    // empty, and writes still fail as they did on the closed descriptor, so a program that
+    // checks its output still learns that nobody received it.
+    const int opened = ::open("/dev/null", O_RDONLY);
+    if (opened >= 0 && opened != fd) ::close(opened);
+  }
+}
+
+namespace platform {
+
+ChildStreamActions::ChildStreamActions() {
+  if (gChildStreams.load() != ChildStreams::Shielded) return;
+  if (::posix_spawn_file_actions_init(&actions_) != 0) return;
+  used_ =
+      ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0) == 0 &&
+      ::posix_spawn_file_actions_adddup2(&actions_, STDERR_FILENO, STDOUT_FILENO) == 0;
+  if (!used_) ::posix_spawn_file_actions_destroy(&actions_);
+}
+
+ChildStreamActions::~ChildStreamActions() {
+  if (used_) ::posix_spawn_file_actions_destroy(&actions_);
+}
+
+}  // namespace platform
+}  // namespace orvo
