@@ -106,6 +106,7 @@ if(UNIX)
       src/platform/posix/file.cpp
       src/platform/posix/open_file.cpp
       src/platform/posix/process.cpp
+      src/platform/posix/replacement.cpp
       src/platform/posix/shell.cpp
       src/platform/posix/system_locale.cpp
       src/platform/posix/system_paths.cpp

@@ -25,8 +25,9 @@ struct TextFileConversion {
 
 enum class ConversionFailure {
   None,
-  UnsupportedSource,  // UTF-32: refused before either file is opened
+  UnsupportedSource,  // UTF-32 or a page nothing converts: refused before a file is touched
   UnsupportedTarget,
+  SameFile,  // the target is the source (by identity, whatever the names): nothing is written
   OpenSource,
   OpenTarget,
   ReadSource,
@@ -38,12 +39,12 @@ struct ConversionResult {
   std::error_code error;  // the system's reason when a file could not be opened
 };
 
-// Converts source into target (created, or replaced). The paths reach the system as they are
-// given; the encoding is detected as TextFileEncoding detects it (the source's BOM is skipped
-// when the source is read in its own encoding). progress, when given, hears the source bytes
-// read so far after each buffer is written. Memory is one buffer, plus the run of bytes in
-// which no character can safely end (in a multi-byte code page: bytes from 0x40 up). Errors of
-// the file procedures propagate as Error.
+// Converts source into target (created, or replaced as one step: the new content goes to a
+// temporary file beside it, renamed over it when complete, so a failed conversion leaves an
+// existing target as it was). The encoding is detected as TextFileEncoding detects it (the
+// source's BOM is skipped when the source is read in its own encoding). progress, when given,
+// hears the source bytes read so far after each buffer is written. Memory is a few buffers
+// whatever the content. Errors of the file procedures propagate as Error.
 ORVO_API ConversionResult ConvertTextFile(const std::filesystem::path& source,
                                           const std::filesystem::path& target,
                                           const TextFileConversion& conversion,

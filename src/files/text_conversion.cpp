@@ -1,26 +1,21 @@
 #include "orvogeneric/text_conversion.hpp"
 
 #include <cerrno>
-#include <cstdio>
-#include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "files/encoding.hpp"
 #include "files/textio.hpp"
+#include "platform/codepage.hpp"
+#include "platform/file.hpp"
+#include "platform/replacement.hpp"
 
 namespace orvo {
 
 namespace {
 
 constexpr std::size_t kChunk = 1 << 20;
-
-struct FileCloser {
-  void operator()(std::FILE* f) const { std::fclose(f); }
-};
-using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
-
-bool isUtf32(std::int32_t codePage) { return codePage == CP_UTF32_LE || codePage == CP_UTF32_BE; }
 
 // The BOM a target starts with. The choice is the caller's, not the process-wide one that new
 // files of the file procedures follow.
@@ -38,14 +33,71 @@ std::string_view targetBom(const TextFileConversion& conversion) {
   }
 }
 
+// A byte that starts a two-byte character in the double-byte ANSI code pages.
+bool isLeadByte(std::uint32_t codePage, std::uint8_t b) {
+  if (codePage == 932) return (b >= 0x81 && b <= 0x9F) || (b >= 0xE0 && b <= 0xFC);
+  return b >= 0x81 && b <= 0xFE;  // 936, 949, 950
+}
+
 // Where the text read so far may be cut so that no character is split between two
-// conversions: after a byte that stands alone in every multi-byte code page (below 0x40: never
-// a lead or a trail byte), or at a unit boundary for UTF-16. 0 when there is no such place yet.
-std::size_t safeCut(const std::vector<std::uint8_t>& bytes, bool wide) {
-  std::size_t cut = bytes.size();
-  if (wide) return cut - cut % 2;
+// conversions; the bytes start on a character boundary. Every page is cut within its last
+// character, so memory stays one buffer whatever the content, except the pages known only by
+// their ICU tables that have characters of several bytes: those are cut after a byte that
+// stands alone in them (below 0x40: never a lead or a trail byte), or at kCarryLimit.
+std::size_t safeCut(std::span<const std::uint8_t> bytes, std::uint32_t codePage, bool wide) {
+  constexpr std::size_t kCarryLimit = 16U << 20U;
+  const std::size_t size = bytes.size();
+  if (wide) return size - size % 2;
+  if (codePage == platform::kCodePageUtf8) {
+    // Before the last lead byte, unless its sequence is complete.
+    std::size_t cut = size;
+    std::size_t trail = 0;
+    while (cut > 0 && trail < 3 && (bytes[cut - 1] & 0xC0U) == 0x80) --cut, ++trail;
+    if (cut == 0 || bytes[cut - 1] < 0xC0) return size;
+    const std::uint8_t lead = bytes[cut - 1];
+    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    return trail + 1 >= length ? size : cut - 1;
+  }
+  if (codePage == 932 || codePage == 936 || codePage == 949 || codePage == 950) {
+    // After a byte below 0x40 near the end, as broken text is cut safely too; in a long run
+    // without one, by following the lead bytes from the start.
+    constexpr std::size_t kLookBack = 4096;
+    for (std::size_t cut = size; cut > 0 && size - cut < kLookBack; --cut) {
+      if (bytes[cut - 1] < 0x40) return cut;
+    }
+    std::size_t i = 0;
+    while (i < size) i += isLeadByte(codePage, bytes[i]) ? 2 : 1;
+    return i > size ? size - 1 : size;
+  }
+  if (platform::hasRecordedTables(codePage) || size >= kCarryLimit) return size;
+  std::size_t cut = size;
   while (cut > 0 && bytes[cut - 1] >= 0x40) --cut;
   return cut;
+}
+
+// The system's reason, as a portable error code, for a Windows error number of the platform.
+std::error_code reasonOf(std::uint32_t error) {
+  switch (error) {
+    case platform::kErrorFileNotFound:
+    case platform::kErrorPathNotFound:
+      return std::make_error_code(std::errc::no_such_file_or_directory);
+    case platform::kErrorAccessDenied:
+      return std::make_error_code(std::errc::permission_denied);
+    case platform::kErrorSharingViolation:
+      return std::make_error_code(std::errc::device_or_resource_busy);
+    case platform::kErrorDiskFull:
+      return std::make_error_code(std::errc::no_space_on_device);
+    case platform::kErrorNotEnoughMemory:
+      return std::make_error_code(std::errc::not_enough_memory);
+    default:
+      return std::make_error_code(std::errc::io_error);
+  }
+}
+
+bool convertible(std::int32_t codePage) {
+  // UTF-32 files are detected but, as in the file procedures, never converted.
+  if (codePage == CP_UTF32_LE || codePage == CP_UTF32_BE) return false;
+  return platform::codePageAvailable(files::effectiveCodePage(codePage));
 }
 
 bool isLeadSurrogate(char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
@@ -56,55 +108,80 @@ ConversionResult ConvertTextFile(const std::filesystem::path& source,
                                  const std::filesystem::path& target,
                                  const TextFileConversion& conversion,
                                  const std::function<void(std::int64_t)>& progress) {
-  const enumFileEncoding detected = files::TextFileEncoding(fromUtf8(source.string()));
+  const String sourceName = fromUtf8(source.string());
+  const String targetName = fromUtf8(target.string());
+  // Everything that can be refused is refused before either file is touched.
+  if (conversion.from && !convertible(*conversion.from)) {
+    return {ConversionFailure::UnsupportedSource, {}};
+  }
+  if (!convertible(conversion.to)) return {ConversionFailure::UnsupportedTarget, {}};
+  platform::File in;
+  if (!in.open(sourceName, {platform::Access::Read, platform::Disposition::OpenExisting,
+                            platform::Share::ReadWrite, true})) {
+    return {ConversionFailure::OpenSource, reasonOf(in.lastError())};
+  }
+  const auto sourceId = platform::fileId(sourceName);
+  if (sourceId && sourceId == platform::fileId(targetName)) {
+    return {ConversionFailure::SameFile, {}};
+  }
+  const enumFileEncoding detected = files::TextFileEncoding(sourceName);
   const std::int32_t from = conversion.from.value_or(files::CodePageCheck(0, detected));
-  if (isUtf32(from)) return {ConversionFailure::UnsupportedSource, {}};
-  if (isUtf32(conversion.to)) return {ConversionFailure::UnsupportedTarget, {}};
-  const std::string_view bom = targetBom(conversion);
-
-  const FilePtr in(std::fopen(source.c_str(), "rb"));
-  if (!in) return {ConversionFailure::OpenSource, std::error_code(errno, std::generic_category())};
-  FilePtr out(std::fopen(target.c_str(), "wb"));
-  if (!out) return {ConversionFailure::OpenTarget, std::error_code(errno, std::generic_category())};
+  if (!convertible(from)) return {ConversionFailure::UnsupportedSource, {}};
   // The source's BOM is not text; it is skipped when the file is read in its own encoding.
   if (!conversion.from || *conversion.from == files::CodePageFromEncoding(detected)) {
-    std::fseek(in.get(), static_cast<long>(files::bomBytes(detected).size()), SEEK_SET);
+    in.seek(static_cast<std::int64_t>(files::bomBytes(detected).size()),
+            platform::SeekOrigin::Begin);
   }
 
-  // No BOM is no write: fwrite may not be handed the null data of an empty view.
-  bool ok = bom.empty() || std::fwrite(bom.data(), 1, bom.size(), out.get()) == bom.size();
+  // The old target stays whole until the new one is complete.
+  if (platform::isDirectory(targetName)) {
+    return {ConversionFailure::OpenTarget, std::make_error_code(std::errc::is_a_directory)};
+  }
+  platform::Replacement out;
+  std::uint32_t error = 0;
+  if (!out.begin(platform::NativePath(targetName), error)) {
+    return {ConversionFailure::OpenTarget, reasonOf(error)};
+  }
+  const auto write = [&](std::string_view bytes) {
+    return bytes.empty() ||
+           out.write({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}, error);
+  };
+  bool ok = write(targetBom(conversion));
   const bool wide = from == CP_UTF16_LE || from == CP_UTF16_BE;
-  std::vector<std::uint8_t> carry;
-  std::vector<std::uint8_t> chunk(kChunk);
+  const std::uint32_t page = files::effectiveCodePage(from);
+  std::vector<std::uint8_t> buffer(kChunk);
+  std::size_t held = 0;  // bytes at the buffer's start that wait for the rest of a character
   std::int64_t doneBytes = 0;
   String text;
   std::string encoded;
   String heldUnit;  // a lead surrogate whose pair comes with the next chunk
   for (;;) {
-    const std::size_t n = std::fread(chunk.data(), 1, chunk.size(), in.get());
-    const bool last = n < chunk.size();
-    doneBytes += static_cast<std::int64_t>(n);
-    carry.insert(carry.end(), chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(n));
-    const std::size_t cut = last ? carry.size() : safeCut(carry, wide);
-    if (cut == 0 && !last && !wide) continue;  // no safe place yet: read more
+    if (buffer.size() < held + kChunk) buffer.resize(held + kChunk);
+    // A read fills what it is given unless the file ends first.
+    const std::int64_t n = in.read(std::span(buffer).subspan(held, kChunk));
+    if (n < 0) return {ConversionFailure::ReadSource, reasonOf(in.lastError())};
+    const bool last = n < static_cast<std::int64_t>(kChunk);
+    doneBytes += n;
+    const std::size_t filled = held + static_cast<std::size_t>(n);
+    const std::span<const std::uint8_t> bytes(buffer.data(), filled);
+    const std::size_t cut = last ? filled : safeCut(bytes, page, wide);
     text = heldUnit;
     heldUnit.clear();
-    if (cut > 0) files::decodeBytes(std::span(carry.data(), cut), from, text);
-    carry.erase(carry.begin(), carry.begin() + static_cast<std::ptrdiff_t>(cut));
+    if (cut > 0) files::decodeBytes(bytes.first(cut), from, text);
+    std::copy(buffer.begin() + static_cast<std::ptrdiff_t>(cut),
+              buffer.begin() + static_cast<std::ptrdiff_t>(filled), buffer.begin());
+    held = filled - cut;
     if (!last && !text.empty() && isLeadSurrogate(text.back())) {
       heldUnit = text.back();
       text.pop_back();
     }
     encoded.clear();
     files::encodeText(text, conversion.to, encoded);
-    ok = ok && std::fwrite(encoded.data(), 1, encoded.size(), out.get()) == encoded.size();
+    ok = ok && write(encoded);
     if (progress) progress(doneBytes);
     if (last || !ok) break;
   }
-  const bool readFailed = std::ferror(in.get()) != 0;
-  ok = std::fclose(out.release()) == 0 && ok;
-  if (readFailed) return {ConversionFailure::ReadSource, {}};
-  if (!ok) return {ConversionFailure::WriteTarget, {}};
+  if (!ok || !out.commit(error)) return {ConversionFailure::WriteTarget, reasonOf(error)};
   return {};
 }
 

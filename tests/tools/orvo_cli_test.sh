@@ -98,6 +98,32 @@ if ! cmp -s "$work/ansi.txt" "$work/back.txt"; then
   fails=$((fails + 1))
 fi
 expect 2 "" -- convert --to x "$work/ansi.txt" "$work/x.txt"
+
+# convert never writes over its input, by whatever name it is reached; refuses a page it cannot
+# read or write before touching a file; and leaves an existing output whole when it refuses.
+ln -s ansi.txt "$work/link.txt"
+ln "$work/ansi.txt" "$work/hard.txt"
+for same in "$work/ansi.txt" "$work/link.txt" "$work/hard.txt" "$work/./ansi.txt"; do
+  expect 1 "" -- convert --to 65001 "$work/ansi.txt" "$same"
+done
+printf 'keep' > "$work/kept.txt"
+chmod 640 "$work/kept.txt"
+expect 1 "" -- convert --to 12345 "$work/ansi.txt" "$work/kept.txt"
+expect 1 "" -- convert --from 99 --to 65001 "$work/ansi.txt" "$work/kept.txt"
+expect 1 "" -- convert --to 65001 /dev/zero "$work/kept.txt"
+if [[ "$(cat "$work/kept.txt")" != keep ]] || ! cmp -s "$work/ansi.txt" "$work/hard.txt"; then
+  echo "FAIL: a refused convert changed a file"
+  fails=$((fails + 1))
+fi
+expect 0 "" -- convert --to 28591 --no-bom "$work/ansi.txt" "$work/kept.txt"
+if ! cmp -s "$work/ansi.txt" "$work/kept.txt" || [[ "$(stat -c %a "$work/kept.txt")" != 640 ]]; then
+  echo "FAIL: convert into ISO 8859-1 over an existing file"
+  fails=$((fails + 1))
+fi
+if ls -A "$work" | grep -q '^\.~orvo'; then
+  echo "FAIL: convert left a temporary file"
+  fails=$((fails + 1))
+fi
 expect 1 "" -- convert --to 65001 "$work/missing.txt" "$work/x.txt"
 # Settings files and the log.
 expect 0 "" -- ini set "$work/s.ini" Sec key " padded "

@@ -215,9 +215,12 @@ int commandConvert(const std::vector<std::string>& args) {
       case ConversionFailure::None:
         return 0;
       case ConversionFailure::UnsupportedSource:
-        return report(o.in, "UTF-32 is not supported");
+        return report(o.in, o.from ? "code page " + std::to_string(*o.from) + " cannot be read"
+                                   : std::string("UTF-32 is not supported"));
       case ConversionFailure::UnsupportedTarget:
-        return report(o.out, "UTF-32 is not supported");
+        return report(o.out, "code page " + std::to_string(o.to) + " cannot be written");
+      case ConversionFailure::SameFile:
+        return report(o.out, "is the input file; nothing was written");
       case ConversionFailure::OpenSource:
         return report(o.in, result.error.message());
       case ConversionFailure::OpenTarget:

@@ -44,10 +44,20 @@ ConverterPtr openConverter(std::uint32_t codePage) {
     case 65001:
       names[0] = "UTF-8";
       break;
+    case 28603:
+      names[0] = "ISO-8859-13";
+      break;
+    case 28605:
+      names[0] = "ISO-8859-15";
+      break;
     default:
       names[0] = "windows-" + std::to_string(codePage);
       names[1] = "cp" + std::to_string(codePage);
       names[2] = "ibm-" + std::to_string(codePage);
+      // ICU knows the ISO 8859 pages 28591-28599 by their ISO names only.
+      if (codePage >= 28591 && codePage <= 28599) {
+        names[1] = "ISO-8859-" + std::to_string(codePage - 28590);
+      }
   }
   for (const auto& name : names) {
     if (name.empty()) continue;
