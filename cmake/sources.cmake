@@ -40,6 +40,7 @@ set(ORVO_SOURCES_FRAME
 
 set(ORVO_SOURCES_PLATFORM_EMULATION
     src/platform/emulation/icu_codepages.cpp
+    src/platform/emulation/last_error.cpp
     src/platform/emulation/locale_data.cpp
     src/platform/emulation/locale_info.cpp
     src/platform/emulation/wildcard.cpp

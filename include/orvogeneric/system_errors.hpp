@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "orvogeneric/export.hpp"
+
 namespace orvo {
 
 // The Windows system error numbers (GetLastError's) that the library's file and process calls
@@ -16,5 +18,9 @@ inline constexpr std::uint32_t kErrorSharingViolation = 32;
 inline constexpr std::uint32_t kErrorFileExists = 80;
 inline constexpr std::uint32_t kErrorDiskFull = 112;
 inline constexpr std::uint32_t kErrorAlreadyExists = 183;
+
+// The Windows error number of the calling thread's last failed settings write, as the
+// platform's GetLastError gives it after a member answered only false (PutStringToINI).
+ORVO_API std::uint32_t lastSystemError() noexcept;
 
 }  // namespace orvo

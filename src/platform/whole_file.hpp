@@ -62,10 +62,9 @@ class WriterLock {
   NativeHandle handle_ = kInvalidHandle;
 };
 
-// Replaces the file's content as one step: the bytes go to a temporary file in the same
-// directory, which takes the old file's permission bits (new files: 0666 less the umask) and
-// is renamed over the path. Call with the WriterLock held: the temporary file's name is fixed,
-// so that one left behind by a killed writer is simply reused by the next. Returns the new
+// Replaces the file's content as one step, as a Replacement (replacement.hpp) does: a file the
+// caller may not write is refused with 5 and left alone. Call with the WriterLock held: the
+// temporary files that killed writers left beside the file are removed first. Returns the new
 // stamp, or nullopt with a Windows error number; the old file is then as it was.
 std::optional<FileVersion> replaceWholeFile(const NativePath& path, std::string_view bytes,
                                             std::uint32_t& error);

@@ -7,6 +7,7 @@
 
 #include "platform/codepage.hpp"
 #include "platform/file.hpp"
+#include "platform/last_error.hpp"
 #include "platform/whole_file.hpp"
 #include "runtime/strings.hpp"
 #include "settings/profile_cache.hpp"
@@ -92,6 +93,7 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
                                const String& file, ProfileForm form, std::uint32_t* lastError) {
   std::uint32_t error = 0;
   const auto fail = [&](std::uint32_t e) {
+    platform::setLastError(e);
     if (lastError != nullptr) *lastError = e;
     return false;
   };
@@ -123,8 +125,11 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
   const String crlf = u"\r\n";
   std::string updated;
   const auto splice = [&](std::size_t from, std::size_t to, std::string_view with) {
-    updated.reserve(raw.size() - (to - from) + with.size());
+    updated.reserve(raw.size() - (to - from) + with.size() + 1);
     updated.append(raw, 0, from);
+    // A UTF-16 file of odd length ends in half a unit: what is added after it starts on the
+    // next unit, or it would read as other characters. The half unit is kept, made whole.
+    if (document->wide() && from % 2 != 0) updated.push_back('\0');
     updated.append(with);
     updated.append(raw, to, std::string::npos);
   };

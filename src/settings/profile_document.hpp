@@ -241,8 +241,10 @@ class Document {
     return platform::wideToMultiByte(encoding_ == Encoding::Utf8 ? platform::kCodePageUtf8 : acp_,
                                      text);
   }
-  // Whether the content after the BOM is empty or ends with a line terminator.
+  // Whether the content after the BOM is empty or ends with a line terminator. A UTF-16 file
+  // of odd length does not: it ends in half a unit, which text added after it completes.
   [[nodiscard]] bool endsWithTerminator() const noexcept {
+    if (wide() && raw_.size() % 2 != 0) return false;
     return lines_.empty() || lines_.back().next != lines_.back().end;
   }
 

@@ -5,6 +5,7 @@
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/error.hpp"
 #include "orvogeneric/profile.hpp"
+#include "orvogeneric/system_errors.hpp"
 #include "verb_support.hpp"
 
 namespace orvo::cli {
@@ -84,11 +85,8 @@ int commandIni(const std::vector<std::string>& args) {
       if (ini.PutStringToINI(text(file), section, text(args[3]), text(args[4])) == VBool::True) {
         return done(0);
       }
-      std::uint32_t error = 0;
-      const String key = text(args[3]);
-      const String value = text(args[4]);
-      (void)ProfileWrite(text(file), section, &key, &value, &error);
-      return writeFailure(file, error);
+      // The reason of the one attempt that failed; asking again could succeed.
+      return writeFailure(file, lastSystemError());
     }
     if (verb == "delete" && (args.size() == 3 || args.size() == 4)) {
       const String key = args.size() == 4 ? text(args[3]) : String();

@@ -11,6 +11,7 @@
 
 #include "platform/posix/open_file.hpp"
 #include "platform/posix/windows_errors.hpp"
+#include "platform/replacement.hpp"
 
 namespace orvo::platform {
 
@@ -28,18 +29,6 @@ std::string directoryOf(const std::string& path) {
   if (slash == std::string::npos) return ".";
   if (slash == 0) return "/";
   return path.substr(0, slash);
-}
-
-bool writeAll(int fd, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t n = ::write(fd, bytes.data(), bytes.size());
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    bytes.remove_prefix(static_cast<std::size_t>(n));
-  }
-  return true;
 }
 
 }  // namespace
@@ -130,29 +119,27 @@ bool WriterLock::acquire(const NativePath& file, std::uint32_t& error) {
 
 std::optional<FileVersion> replaceWholeFile(const NativePath& path, std::string_view bytes,
                                             std::uint32_t& error) {
-  const std::string& nativePath = path.native();
-  const std::string dir = directoryOf(nativePath);
-  const std::string name =
-      nativePath.substr(nativePath.rfind('/') == std::string::npos ? 0 : nativePath.rfind('/') + 1);
-  const std::string temporary = dir + "/." + name + ".orvo-new";
-  struct stat old {};
-  const bool existed = ::stat(nativePath.c_str(), &old) == 0;
-  const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-  if (fd < 0) {
-    error = openError(temporary, errno);
-    return std::nullopt;
-  }
+  // Under the writers' lock no other writer is at work here: what temporary files there are
+  // were left by writers that were killed, and so was the fixed name earlier versions used.
+  removeStaleReplacements(path);
+  const std::string& target = path.native();
+  const auto slash = target.rfind('/');
+  const std::string legacy =
+      slash == std::string::npos
+          ? "." + target + ".orvo-new"
+          : target.substr(0, slash + 1) + "." + target.substr(slash + 1) + ".orvo-new";
   struct stat st {};
-  const bool written = (!existed || ::fchmod(fd, old.st_mode & 07777) == 0) &&
-                       writeAll(fd, bytes) && ::fstat(fd, &st) == 0;
-  const int writeErrno = errno;
-  if (::close(fd) != 0 || !written || ::rename(temporary.c_str(), nativePath.c_str()) != 0) {
-    error = windowsError(written ? errno : writeErrno);
-    ::unlink(temporary.c_str());
+  if (::lstat(legacy.c_str(), &st) == 0 && !S_ISDIR(st.st_mode)) ::unlink(legacy.c_str());
+
+  Replacement replacement;
+  if (!replacement.begin(path, error) ||
+      !replacement.write({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()},
+                         error) ||
+      !replacement.commit(error)) {
     return std::nullopt;
   }
   // Renaming stamps the inode's change time again.
-  if (::stat(nativePath.c_str(), &st) != 0) return FileVersion{};
+  if (::stat(target.c_str(), &st) != 0) return FileVersion{};
   return versionOf(st);
 }
 
