@@ -19,7 +19,6 @@ constexpr std::size_t kChunk = 1 << 20;  // the routine's read buffer
 
 const std::string kUtf8Bom = "\xEF\xBB\xBF";
 const std::string kUtf16LeBom = "\xFF\xFE";
-const std::string kUtf16BeBom = "\xFE\xFF";
 
 std::string repeat(std::string_view unit, std::size_t count) {
   std::string out;

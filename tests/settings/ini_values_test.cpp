@@ -129,19 +129,13 @@ TEST_F(IniValues, TheApplicationINIFile) {
   EXPECT_EQ(ini.FindINI(found), VBool::True);
 
   test::TraceCapture trace;
-  struct Case {
-    String setting;
-    String file;
-  };
-  const Case cases[] = {
-      {u" Special.cfg ", base + u"Special.cfg"},
-      {base + u"sub.ini", base + u"sub.ini"},
-      {u"Bare", base + u"Bare.ini"},
-      {u".", base + u"Model.ini"},
-  };
-  for (const auto& c : cases) {
-    ini.SetAppINIFile(c.setting);
-    EXPECT_EQ(ini.AppINIFile(), c.file) << show(c.setting);
+  const std::pair<String, String> cases[] = {{u" Special.cfg ", u"Special.cfg"},
+                                             {base + u"sub.ini", u"sub.ini"},
+                                             {u"Bare", u"Bare.ini"},
+                                             {u".", u"Model.ini"}};
+  for (const auto& [setting, file] : cases) {
+    ini.SetAppINIFile(setting);
+    EXPECT_EQ(ini.AppINIFile(), base + file) << show(setting);
   }
   ASSERT_FALSE(trace.messages().empty());
   EXPECT_EQ(trace.messages().front(),
