@@ -57,48 +57,26 @@ TEST_F(OpenDocumentTest, TheOpenerGetsTheDocumentAsOneArgument) {
 }
 
 TEST_F(OpenDocumentTest, FailuresSetTheErrorTextAndLeaveSuccessAlone) {
-  const String pdf = write("report.PDF", "x");
-  const String txt = write("report.txt", "x");
-  const String noAssociation =
-      u"There is no application associated with the given file name extension.";
-  const String viewerHint = u"\r\nYou need to install an Adobe Acrobat document viewer.";
-  struct Case {
-    int opener;  // exit status of the stand-in; -1 for no opener at all
-    String document;
-    String error;
-  };
-  const Case cases[] = {
-      {-1, pdf, noAssociation + viewerHint},
-      {-1, txt, noAssociation},
-      {3, txt, noAssociation},
-      {4, pdf, noAssociation + viewerHint},
-      {2, txt, u"The specified file was not found."},
-      {1, txt, u"An unrecognised error occurred."},
-      {0, path("missing.txt"), u"The specified file was not found."},
-      {0, path("nowhere/missing.txt"), u"The specified path was not found."},
-  };
-  for (const auto& c : cases) {
+  write("report.PDF", "x");
+  write("report.txt", "x");
+  for (const auto& row : test::readTestData("files/open_document.tsv", 3)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    const auto opener = test::integerOf(row.fields[0]);
     std::filesystem::remove(dir_ / "bin" / "xdg-open");
-    if (c.opener >= 0) installOpener(c.opener);
+    if (opener >= 0) installOpener(static_cast<int>(opener));
     for (const VBool passed : {VBool::False, VBool::True}) {
-      const Outcome out = open(c.document, passed);
-      EXPECT_EQ(out.success, passed) << c.opener;
-      EXPECT_EQ(out.error, c.error) << c.opener << " " << test::show(c.document);
+      const Outcome out = open(inScratch(row.fields[1]), passed);
+      EXPECT_EQ(out.success, passed);
+      EXPECT_EQ(out.error, row.fields[2]);
     }
   }
 }
 
 TEST(ShellErrorText, EveryCodeHasItsText) {
-  EXPECT_EQ(shellErrorText(0, u"a"), u"The operating system is out of memory or resources.");
-  EXPECT_EQ(shellErrorText(11, u"a"),
-            u"The .exe file is invalid (non-Microsoft Win32 .exe or error in .exe image).");
-  EXPECT_EQ(shellErrorText(30, u"a"),
-            u"The Dynamic Data Exchange (DDE) transaction could not be completed because other "
-            u"DDE transactions were being processed.");
-  EXPECT_EQ(shellErrorText(32, u"a"), u"The specified dynamic-link library (DLL) was not found.");
-  EXPECT_EQ(shellErrorText(31, u"C:\\x.pdf.txt"),
-            u"There is no application associated with the given file name extension.");
-  EXPECT_EQ(shellErrorText(9, u"a"), u"An unrecognised error occurred.");
+  for (const auto& row : test::readTestData("files/shell_errors.tsv", 3)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    EXPECT_EQ(shellErrorText(test::integerOf(row.fields[0]), row.fields[1]), row.fields[2]);
+  }
 }
 
 class RecordingCompletion final : public UserInterface {

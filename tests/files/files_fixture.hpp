@@ -34,6 +34,16 @@ class FilesTest : public ::testing::Test {
     return std::string(std::istreambuf_iterator<char>(in), {});
   }
 
+  // Text from a data file, "<dir>" standing for the scratch directory.
+  [[nodiscard]] String inScratch(String text) const {
+    const String dir = fromUtf8(dir_.string());
+    for (auto at = text.find(u"<dir>"); at != String::npos; at = text.find(u"<dir>", at)) {
+      text.replace(at, 5, dir);
+      at += dir.size();
+    }
+    return text;
+  }
+
   std::filesystem::path dir_;
 };
 

@@ -18,76 +18,27 @@ using test::errorOf;
 using test::handledBy;
 using test::show;
 
-TEST_F(FileUtils, ExistenceTestsTellFilesFromFolders) {
+TEST_F(FileUtils, PathQueries) {
   const String file = write("model.txt", "x");
   std::filesystem::create_directory(dir_ / "sub");
-  const String sub = path("sub");
-  struct Case {
-    String path;
-    bool file, dir;
-  };
-  const Case cases[] = {
-      {file, true, false},
-      {u"  " + file + u"  ", true, false},  // both trim the blanks around a path
-      {sub, false, true},
-      {sub + u"/", false, true},
-      {path("missing.txt"), false, false},
-      {u"", false, false},
-      {u"   ", false, false},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(FileExists(c.path), toVBool(c.file)) << show(c.path);
-    EXPECT_EQ(DirExists(c.path), toVBool(c.dir)) << show(c.path);
+  for (const auto& row : test::readTestData("files/path_queries.tsv", 4)) {
+    const auto& f = row.fields;
+    const String given = inScratch(f[1]);
+    test::expectCall(row, inScratch(f[3]), [&]() -> Variant {
+      if (f[0] == u"FileExists") return FileExists(given);
+      if (f[0] == u"DirExists") return DirExists(given);
+      if (f[0] == u"PathWithoutBackslash")
+        return PathWithoutBackslash(given, toVBool(f[2] == u"1"));
+      String folder = u"stale";
+      const VBool answer = PathExists(given, folder);
+      return answer == toVBool(!folder.empty())
+                 ? folder
+                 : String(u"an answer that disagrees with the folder");
+    });
   }
   EXPECT_EQ(GetAttributes(path("missing.txt")), -1);
-  EXPECT_EQ(GetAttributes(sub) & 16, 16);
+  EXPECT_EQ(GetAttributes(path("sub")) & 16, 16);
   EXPECT_EQ(GetAttributes(file) & 16, 0);
-}
-
-TEST_F(FileUtils, PathExistsGivesTheNearestExistingFolderOneLevelUp) {
-  write("model.txt", "x");
-  std::filesystem::create_directory(dir_ / "sub");
-  const String base = fromUtf8(dir_.string());
-  struct Case {
-    String test, existing;
-  };
-  const Case cases[] = {
-      {base + u"/model.txt", base + u"/"},
-      {base + u"/sub", base + u"/sub/"},
-      {base + u"/sub/", base + u"/sub/"},
-      {base + u"/new.txt", base + u"/"},  // about to be created: its folder exists
-      {base + u"/new/new.txt", u""},      // only one level is tried
-      {u"new.txt", u""},                  // no folder part to try
-      {u"", u""},
-  };
-  for (const auto& c : cases) {
-    String existing = u"stale";
-    EXPECT_EQ(PathExists(c.test, existing), toVBool(!c.existing.empty())) << show(c.test);
-    EXPECT_EQ(existing, c.existing) << show(c.test);
-  }
-}
-
-TEST(FileUtilsText, PathWithoutBackslashKeepsRoots) {
-  struct Case {
-    String in;
-    bool always;
-    String out;
-  };
-  const Case cases[] = {
-      {u"C:\\temp\\", false, u"C:\\temp"},
-      {u"C:\\temp", false, u"C:\\temp"},
-      {u"C:\\", false, u"C:\\"},
-      {u"C:\\", true, u"C:"},
-      {u"\\", false, u""},
-      {u"\\\\server\\share\\", false, u"\\\\server\\share"},
-      {u"C:\\temp\\ ", false, u"C:\\temp\\ "},  // not trimmed: the last character is a blank
-      {u"/opt/app/", false, u"/opt/app"},
-      {u"/", true, u"/"},
-      {u"", false, u""},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(PathWithoutBackslash(c.in, toVBool(c.always)), c.out) << show(c.in);
-  }
 }
 
 TEST_F(FileUtils, FileReadOnlyReadsTheBitOrSaysWhyItCannot) {

@@ -6,6 +6,7 @@
 #include "files/encoding.hpp"
 #include "files/files_fixture.hpp"
 #include "files/textio.hpp"
+#include "runtime/strings.hpp"
 #include "support/reference_lines.hpp"
 #include "support/test_support.hpp"
 
@@ -16,17 +17,28 @@ using HugeText = test::FilesTest;
 using test::errorOf;
 using test::referenceLines;
 
-std::vector<String> readAll(const String& file, std::int32_t bufferSize, std::int32_t* codePage,
-                            std::int64_t* count) {
-  HugeTextFile reader;
-  reader.FileOpen(file, HugeTextFile::Read, 0, -1, bufferSize, codePage);
+struct Read {
   std::vector<String> lines;
-  while (!reader.EndOfFile()) {
-    String line;
-    if (reader.LineRead(line)) lines.push_back(line);
+  std::int32_t codePage = 0;
+  std::int64_t count = 0;
+};
+
+Read readAll(const String& file, std::int32_t bufferSize) {
+  HugeTextFile reader;
+  Read out;
+  reader.FileOpen(file, HugeTextFile::Read, 0, -1, bufferSize, &out.codePage);
+  for (String line; !reader.EndOfFile();) {
+    if (reader.LineRead(line)) out.lines.push_back(line);
   }
-  *count = reader.LineCount();
-  return lines;
+  out.count = reader.LineCount();
+  return out;
+}
+
+std::string bomOf(std::int32_t codePage) {
+  return codePage == 1200    ? "\xFF\xFE"
+         : codePage == 1201  ? "\xFE\xFF"
+         : codePage == 65001 ? "\xEF\xBB\xBF"
+                             : "";
 }
 
 TEST_F(HugeText, EveryBufferSizeGivesTheLinesOfTheText) {
@@ -53,12 +65,11 @@ TEST_F(HugeText, EveryBufferSizeGivesTheLinesOfTheText) {
       const String file = write(std::string("lines_") + form.name, form.bom + bytes);
       const std::vector<String> want = referenceLines(whole);
       for (std::int32_t size = 4; size <= 64; ++size) {
-        std::int32_t cp = 0;
-        std::int64_t count = 0;
-        const auto got = readAll(file, size, &cp, &count);
-        ASSERT_EQ(got, want) << form.name << " buffer " << size << " end " << endsWithTerminator;
-        EXPECT_EQ(count, static_cast<std::int64_t>(want.size()));
-        EXPECT_EQ(cp, form.codePage == 1252 ? 0 : form.codePage) << form.name;
+        const Read got = readAll(file, size);
+        ASSERT_EQ(got.lines, want)
+            << form.name << " buffer " << size << " end " << endsWithTerminator;
+        EXPECT_EQ(got.count, static_cast<std::int64_t>(want.size()));
+        EXPECT_EQ(got.codePage, form.codePage == 1252 ? 0 : form.codePage) << form.name;
       }
     }
   }
@@ -74,70 +85,34 @@ TEST_F(HugeText, RandomTextsAgreeWithTheReferenceSplitter) {
     for (const std::int32_t cp : {65001, 1200, 1201}) {
       std::string bytes;
       encodeText(text, cp, bytes);
-      const std::string bom = cp == 65001 ? "\xEF\xBB\xBF" : cp == 1200 ? "\xFF\xFE" : "\xFE\xFF";
       const String file =
-          write("random" + std::to_string(round) + "_" + std::to_string(cp), bom + bytes);
-      std::int32_t used = 0;
-      std::int64_t count = 0;
+          write("random" + std::to_string(round) + "_" + std::to_string(cp), bomOf(cp) + bytes);
       const std::int32_t size = 4 + static_cast<std::int32_t>(random() % 20) * 2;
-      EXPECT_EQ(readAll(file, size, &used, &count), referenceLines(text))
+      EXPECT_EQ(readAll(file, size).lines, referenceLines(text))
           << cp << " size " << size << " " << test::show(text);
     }
   }
 }
 
 TEST_F(HugeText, FailuresHaveTheirNumbers) {
-  const String file = write("three.txt", "a\r\nb\r\nc\r\n");
-  struct Case {
-    const char* name;
-    std::function<void(HugeTextFile&)> action;
-    std::int32_t number;
-  };
-  const Case cases[] = {
-      {"read past the end",
-       [&](HugeTextFile& f) {
-         f.FileOpen(file, 1);
-         f.LineSkip(10);
-         (void)f.LineRead();
-       },
-       45608},
-      {"read a file opened for writing",
-       [&](HugeTextFile& f) {
-         f.FileOpen(path("out.txt"), 2);
-         (void)f.LineRead();
-       },
-       45610},
-      {"rewind a file opened for appending",
-       [&](HugeTextFile& f) {
-         f.FileOpen(path("out.txt"), 3);
-         f.Rewind();
-       },
-       45611},
-      {"write a file opened for reading",
-       [&](HugeTextFile& f) {
-         f.FileOpen(file, 1);
-         f.LineWrite(u"x");
-       },
-       45612},
-      {"read with nothing open", [&](HugeTextFile& f) { (void)f.LineRead(); }, 45613},
-      {"close with nothing open", [&](HugeTextFile& f) { f.FileClose(); }, 45613},
-      {"code page with nothing open", [&](HugeTextFile& f) { (void)f.CodePage(); }, 45613},
-      {"the same file twice",
-       [&](HugeTextFile& f) {
-         f.FileOpen(file, 1);
-         f.FileOpen(u"  " + file + u" ", 1);
-       },
-       45601},
-      {"a missing file", [&](HugeTextFile& f) { f.FileOpen(path("missing.txt"), 1); }, 45604},
-      {"a bad access", [&](HugeTextFile& f) { f.FileOpen(file, 4); }, 45615},
-      {"a directory that is missing",
-       [&](HugeTextFile& f) { f.FileOpen(path("no/such/dir/x.txt"), 2); }, 45602},
-  };
-  for (const auto& c : cases) {
+  write("three.txt", "a\r\nb\r\nc\r\n");
+  for (const auto& row : test::readTestData("files/huge_text_file_failures.tsv", 3)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
     HugeTextFile f;
-    const Error e = errorOf([&] { c.action(f); });
-    EXPECT_EQ(e.number(), c.number) << c.name;
-    EXPECT_FALSE(f.IsOpen()) << c.name << ": a failure closes the file";
+    const Error e = errorOf([&] {
+      for (const String& call : runtime::Split(row.fields[1], u";")) {
+        const std::vector<String> part = runtime::Split(call, u":");
+        if (part[0] == u"open") f.FileOpen(inScratch(part[1]), test::integerOf(part[2]));
+        if (part[0] == u"skip") f.LineSkip(test::integerOf(part[1]));
+        if (part[0] == u"read") (void)f.LineRead();
+        if (part[0] == u"write") f.LineWrite(part[1]);
+        if (part[0] == u"rewind") f.Rewind();
+        if (part[0] == u"close") f.FileClose();
+        if (part[0] == u"codepage") (void)f.CodePage();
+      }
+    });
+    EXPECT_EQ(e.number(), test::integerOf(row.fields[2]));
+    EXPECT_FALSE(f.IsOpen()) << "a failure closes the file";
   }
   HugeTextFile f;
   const Error e = errorOf([&] { f.FileOpen(path("missing.txt"), 1); });
@@ -158,15 +133,8 @@ TEST_F(HugeText, WritesWithTheEncodingsBomAndReadsBack) {
       EXPECT_EQ(out.LineCount(), 21);
       out.FileClose();
     }
-    const std::string bytes = read("written" + std::to_string(cp));
-    const std::string bom = cp == 1200    ? "\xFF\xFE"
-                            : cp == 1201  ? "\xFE\xFF"
-                            : cp == 65001 ? "\xEF\xBB\xBF"
-                                          : "";
-    EXPECT_EQ(bytes.substr(0, bom.size()), bom) << cp;
-    std::int32_t used = 0;
-    std::int64_t count = 0;
-    const auto lines = readAll(file, 32768, &used, &count);
+    EXPECT_TRUE(read("written" + std::to_string(cp)).starts_with(bomOf(cp))) << cp;
+    const auto lines = readAll(file, 32768).lines;
     ASSERT_EQ(lines.size(), 21U) << cp;
     // 932 has no e-acute: the platform's best fit writes a plain e.
     EXPECT_EQ(lines[3], cp == 932 ? u"line e 3" : u"line \u00e9 3") << cp;

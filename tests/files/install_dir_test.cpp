@@ -11,23 +11,9 @@ namespace {
 using test::show;
 
 TEST(InstallDir, OneSeparatorStandsBetweenFolderAndRest) {
-  struct Case {
-    String path, installDir, expanded;
-  };
-  const Case cases[] = {
-      {u"%installdir%\\data.csv", u"C:\\App\\", u"C:\\App\\data.csv"},
-      {u"%InstallDir%data.csv", u"C:\\App\\", u"C:\\App\\data.csv"},
-      {u"%InstallDir%data.csv", u"C:\\App", u"C:\\App\\data.csv"},
-      {u"%INSTALLDIR%\\a;%installDir%b", u"C:\\App", u"C:\\App\\a;C:\\Appb"},  // decided once
-      {u"%InstallDir%\\x", u"C:\\", u"C:\\x"},
-      {u"%InstallDir%/data.csv", u"/opt/app/", u"/opt/app/data.csv"},
-      {u"%InstallDir%data.csv", u"/opt/app", u"/opt/app/data.csv"},
-      {u"C:\\data.csv", u"C:\\App", u"C:\\data.csv"},
-      {u"%InstallDir", u"C:\\App", u"%InstallDir"},
-      {u"", u"C:\\App", u""},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(ExpandInstallDir(c.path, c.installDir), c.expanded) << show(c.path);
+  for (const auto& row : test::readTestData("files/install_dir.tsv", 3)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    EXPECT_EQ(show(ExpandInstallDir(row.fields[0], row.fields[1])), show(row.fields[2]));
   }
   EXPECT_EQ(gsINSTALL_DIR, u"%InstallDir%");
 }

@@ -20,8 +20,6 @@
 namespace orvo::files {
 namespace {
 
-using namespace std::string_literals;
-
 class Log : public test::FilesTest {
  protected:
   void SetUp() override {
@@ -78,26 +76,18 @@ TEST_F(Log, TheFileIsTheSwitch) {
 
 TEST_F(Log, ByteModeWritesInTheLogsEncoding) {
   FileSubs subs;
-  struct Case {
-    const char* name;
-    std::string before;
-    std::string expectedTail;
-  };
-  const Case cases[] = {
-      {"UTF-8 with BOM", "\xEF\xBB\xBF", ": P: caf\xC3\xA9\r\n"},
-      {"UTF-16 LE", "\xFF\xFE", std::string(":\0 \0P\0:\0 \0c\0a\0f\0\xE9\0\r\0\n\0", 22)},
-      {"ANSI", "old line\r\n", ": P: caf\xE9\r\n"},
-  };
-  for (const auto& c : cases) {
+  for (const auto& row : test::readTestData("files/log_encodings.tsv", 3)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    const std::string before = test::bytesOf(row.fields[1]);
+    const std::string tail = test::bytesOf(row.fields[2]);
     // Forget the last case's encoding while there is no log to trace into.
     std::filesystem::remove(dir_ / "Model.log");
     ClearTextFileEncoding(Variant(path("Model.log")));
-    write("Model.log", c.before);
+    write("Model.log", before);
     subs.AddToLogB(u"caf\u00e9", u"P");
     const std::string text = read("Model.log");
-    EXPECT_EQ(text.substr(0, c.before.size()), c.before) << c.name;
-    ASSERT_GE(text.size(), c.expectedTail.size()) << c.name;
-    EXPECT_EQ(text.substr(text.size() - c.expectedTail.size()), c.expectedTail) << c.name;
+    EXPECT_TRUE(text.starts_with(before));
+    EXPECT_TRUE(text.ends_with(tail));
   }
 }
 
@@ -115,40 +105,22 @@ TEST_F(Log, TraceLinesReachTheLog) {
 
 TEST_F(Log, DebuggerMirrorNameField) {
   const test::ScopedEnvironment windows("ORVO_WINDIR", dir_.c_str());
-  struct Case {
-    std::string ini;
-    std::u16string prefix;
-    String line;
-  };
-  const Case cases[] = {
-      {"", u"Solver", u""},  // off by default
-      {"[Logging]\r\nOutputDebugString=True\r\n", u"Solver",
-       u"Model[Solver]" + String(19, u' ') + u":run\r\n"},
-      {"[logging]\r\noutputdebugstring=1\r\nOutputDebugStringPrefixLen=4\r\n", u"Solver",
-       u"ver]:run\r\n"},
-      {"[Logging]\r\nOutputDebugString=True\r\nOutputDebugStringPrefixLen=0\r\n", u"Solver",
-       u":run\r\n"},
-      {"[Logging]\r\nOutputDebugString=True\r\nOutputDebugStringPrefixLen=8\r\n", u"",
-       u"Model   :run\r\n"},
-  };
   FileSubs subs;
-  for (const auto& c : cases) {
-    write("ORVO.INI", c.ini);
+  for (const auto& row : test::readTestData("files/debug_mirror.tsv", 3)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    const String& line = row.fields[2];
+    write("ORVO.INI", test::bytesOf(row.fields[0]));
     restart();
     debugLines_.clear();
-    subs.AddToLogB(u"run", c.prefix);
+    subs.AddToLogB(u"run", row.fields[1]);
     // Read once per process: a changed file is not seen again.
     write("ORVO.INI", "");
-    subs.AddToLogB(u"run", c.prefix);
+    subs.AddToLogB(u"run", row.fields[1]);
     // Reading the settings traces the detection of their file's encoding, mirrored as well.
     std::erase_if(debugLines_, [](const String& l) { return !l.ends_with(u":run\r\n"); });
-    if (c.line.empty()) {
-      EXPECT_TRUE(debugLines_.empty());
-    } else {
-      ASSERT_EQ(debugLines_.size(), 2U) << test::show(c.line);
-      EXPECT_EQ(debugLines_[0], c.line);
-      EXPECT_EQ(debugLines_[1], c.line);
-    }
+    const std::vector<String> expected =
+        line.empty() ? std::vector<String>{} : std::vector<String>{line, line};
+    EXPECT_EQ(debugLines_, expected);
   }
   // A negative width fails inside the mirror; the caller sees nothing and the file line is
   // written first all the same.

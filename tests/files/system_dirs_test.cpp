@@ -28,20 +28,15 @@ class SystemDirs : public test::FilesTest {
 
 TEST_F(SystemDirs, TempDirEndsWithASeparator) {
   const std::string scratch = dir_.string();
-  struct Case {
-    std::optional<std::string> tmpdir;
-    String expected;
-  };
-  const Case cases[] = {
-      {scratch, fromUtf8(scratch) + u"/"},
-      {scratch + "/", fromUtf8(scratch) + u"/"},
-      {std::nullopt, u"/tmp/"},
-      {"", u"/tmp/"},
-  };
-  for (const auto& c : cases) {
-    const ScopedEnvironment env("TMPDIR", c.tmpdir ? c.tmpdir->c_str() : nullptr);
+  const std::pair<std::optional<std::string>, std::string> cases[] = {
+      {scratch, scratch + "/"},
+      {scratch + "/", scratch + "/"},
+      {std::nullopt, "/tmp/"},
+      {"", "/tmp/"}};
+  for (const auto& [tmpdir, expected] : cases) {
+    const ScopedEnvironment env("TMPDIR", tmpdir ? tmpdir->c_str() : nullptr);
     TraceCapture trace;
-    EXPECT_EQ(TempDir(), c.expected) << c.tmpdir.value_or("(unset)");
+    EXPECT_EQ(TempDir(), fromUtf8(expected)) << tmpdir.value_or("(unset)");
     EXPECT_TRUE(trace.messages().empty());
   }
 }
@@ -60,22 +55,13 @@ TEST_F(SystemDirs, AMissingTempDirFallsBackToTheApplicationsFolder) {
 }
 
 TEST_F(SystemDirs, WinDirIsTheConfiguredFolderOrEtc) {
-  {
-    const ScopedEnvironment env("ORVO_WINDIR", dir_.c_str());
-    EXPECT_EQ(WinDir(), fromUtf8(dir_.string()));
-  }
-  {
-    const ScopedEnvironment env("ORVO_WINDIR", nullptr);
-    EXPECT_EQ(WinDir(), u"/etc");
-  }
-  {
-    // The answer must fit the platform's 260-character buffer, terminator included.
-    const ScopedEnvironment env("ORVO_WINDIR", ("/" + std::string(259, 'w')).c_str());
-    EXPECT_EQ(WinDir(), u"");
-  }
-  {
-    const ScopedEnvironment env("ORVO_WINDIR", ("/" + std::string(258, 'w')).c_str());
-    EXPECT_EQ(WinDir().size(), 259U);
+  // The answer must fit the platform's 260-character buffer, terminator included.
+  const std::string fits = "/" + std::string(258, 'w');
+  const std::pair<std::optional<std::string>, std::string> cases[] = {
+      {dir_.string(), dir_.string()}, {std::nullopt, "/etc"}, {fits + "w", ""}, {fits, fits}};
+  for (const auto& [setting, expected] : cases) {
+    const ScopedEnvironment env("ORVO_WINDIR", setting ? setting->c_str() : nullptr);
+    EXPECT_EQ(WinDir(), fromUtf8(expected)) << setting.value_or("(unset)");
   }
 }
 

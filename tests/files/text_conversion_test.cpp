@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,6 @@ constexpr std::size_t kChunk = 1 << 20;  // the routine's read buffer
 
 const std::string kUtf8Bom = "\xEF\xBB\xBF";
 const std::string kUtf16LeBom = "\xFF\xFE";
-const std::string kUtf16BeBom = "\xFE\xFF";
 
 std::string repeat(std::string_view unit, std::size_t count) {
   std::string out;
@@ -33,58 +33,18 @@ class TextConversionTest : public FilesTest {
 };
 
 TEST_F(TextConversionTest, ReEncodesWithTheBomTheCallerChose) {
-  struct Case {
-    const char* name;
-    std::string source;
-    TextFileConversion conversion;
-    std::string target;
-  };
-  const std::string cafe1252 = "caf\xE9\r\n";
-  const std::vector<Case> cases = {
-      {"ANSI to UTF-8 gets its BOM", cafe1252, {CP_UTF8, {}, {}}, kUtf8Bom + "caf\xC3\xA9\r\n"},
-      {"unless none is wanted", cafe1252, {CP_UTF8, {}, false}, "caf\xC3\xA9\r\n"},
-      {"ANSI to UTF-16 LE",
-       cafe1252,
-       {CP_UTF16_LE, {}, {}},
-       kUtf16LeBom + std::string("c\0a\0f\0\xE9\0\r\0\n\0", 12)},
-      {"ANSI to UTF-16 BE",
-       cafe1252,
-       {CP_UTF16_BE, {}, true},
-       kUtf16BeBom + std::string("\0c\0a\0f\0\xE9\0\r\0\n", 12)},
-      {"an ANSI target never has one", cafe1252, {1252, {}, true}, cafe1252},
-      {"the system ANSI code page by 0", kUtf8Bom + "caf\xC3\xA9", {CP_ACP, {}, {}}, "caf\xE9"},
-      {"a source's BOM is skipped in its own encoding",
-       kUtf8Bom + "\xC3\xA9",
-       {1252, 65001, {}},
-       "\xE9"},
-      {"and read as text in another",
-       kUtf8Bom + "a",
-       {CP_UTF8, 1252, false},
-       "\xC3\xAF\xC2\xBB\xC2\xBF" + std::string("a")},
-      {"UTF-16 LE with its BOM",
-       kUtf16LeBom + std::string("A\0\xAC\x20", 4),
-       {CP_UTF8, {}, false},
-       "A\xE2\x82\xAC"},
-      {"UTF-16 BE with its BOM",
-       kUtf16BeBom + std::string("\0A\x20\xAC", 4),
-       {1252, {}, {}},
-       "A\x80"},
-      {"a double-byte code page",
-       "\x93\xFA\x96\x7B\r\n",
-       {CP_UTF8, 932, false},
-       "\xE6\x97\xA5\xE6\x9C\xAC\r\n"},
-      {"into a double-byte code page", "\xE6\x97\xA5", {932, 65001, {}}, "\x93\xFA"},
-      {"what the target cannot hold", "\xE6\x97\xA5", {1252, 65001, {}}, "?"},
-      {"an empty file", "", {CP_UTF16_LE, {}, {}}, kUtf16LeBom},
-  };
-  int n = 0;
-  for (const auto& c : cases) {
+  for (const auto& row : test::readTestData("files/convert_text_file.tsv", 6)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    const auto& f = row.fields;
+    TextFileConversion conversion{static_cast<std::int32_t>(test::integerOf(f[2])), {}, {}};
+    if (!f[3].empty()) conversion.from = test::integerOf(f[3]);
+    if (!f[4].empty()) conversion.bom = f[4] == u"1";
     // A name per case: detected encodings are remembered per path.
-    const std::string in = "in" + std::to_string(++n);
-    write(in, c.source);
-    const ConversionResult r = ConvertTextFile(dir_ / in, dir_ / "out", c.conversion);
-    EXPECT_EQ(r.failure, ConversionFailure::None) << c.name;
-    EXPECT_EQ(read("out"), c.target) << c.name;
+    const std::string in = "in" + std::to_string(row.line);
+    write(in, test::bytesOf(f[1]));
+    const ConversionResult r = ConvertTextFile(dir_ / in, dir_ / "out", conversion);
+    EXPECT_EQ(r.failure, ConversionFailure::None);
+    EXPECT_EQ(read("out"), test::bytesOf(f[5]));
   }
 }
 
@@ -148,56 +108,22 @@ TEST_F(TextConversionTest, ProgressCountsTheSourceBytesRead) {
 TEST_F(TextConversionTest, RefusalsAndFilesThatCannotBeUsed) {
   write("utf32", std::string("\xFF\xFE\0\0a\0\0\0", 8));
   write("plain", "text");
-  struct Case {
-    const char* name;
-    std::string source;
-    std::filesystem::path target;
-    TextFileConversion conversion;
-    ConversionFailure failure;
-    std::errc error;
-  };
-  const std::vector<Case> cases = {
-      {"a UTF-32 source",
-       "utf32",
-       dir_ / "t1",
-       {CP_UTF8, {}, {}},
-       ConversionFailure::UnsupportedSource,
-       std::errc()},
-      {"read as UTF-32",
-       "plain",
-       dir_ / "t2",
-       {CP_UTF8, CP_UTF32_BE, {}},
-       ConversionFailure::UnsupportedSource,
-       std::errc()},
-      {"a UTF-32 target",
-       "plain",
-       dir_ / "t3",
-       {CP_UTF32_LE, {}, {}},
-       ConversionFailure::UnsupportedTarget,
-       std::errc()},
-      {"a target in a missing directory",
-       "plain",
-       dir_ / "no" / "t4",
-       {CP_UTF8, {}, {}},
-       ConversionFailure::OpenTarget,
-       std::errc::no_such_file_or_directory},
-      {"a directory as the target",
-       "plain",
-       dir_,
-       {CP_UTF8, {}, {}},
-       ConversionFailure::OpenTarget,
-       std::errc::is_a_directory},
-  };
-  for (const auto& c : cases) {
-    const ConversionResult r = ConvertTextFile(dir_ / c.source, c.target, c.conversion);
-    EXPECT_EQ(r.failure, c.failure) << c.name;
-    if (c.error == std::errc()) {
-      EXPECT_FALSE(r.error) << c.name;
-    } else {
-      EXPECT_EQ(r.error, std::make_error_code(c.error)) << c.name;
-    }
-    if (c.target != dir_) {
-      EXPECT_FALSE(std::filesystem::exists(c.target)) << c.name;
+  const std::map<String, ConversionFailure> failures = {
+      {u"UnsupportedSource", ConversionFailure::UnsupportedSource},
+      {u"UnsupportedTarget", ConversionFailure::UnsupportedTarget},
+      {u"OpenTarget", ConversionFailure::OpenTarget}};
+  for (const auto& row : test::readTestData("files/convert_text_file_refusals.tsv", 7)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    const auto& f = row.fields;
+    const std::filesystem::path target = toUtf8(inScratch(f[2]));
+    TextFileConversion conversion{static_cast<std::int32_t>(test::integerOf(f[3])), {}, {}};
+    if (!f[4].empty()) conversion.from = test::integerOf(f[4]);
+    const ConversionResult r = ConvertTextFile(dir_ / toUtf8(f[1]), target, conversion);
+    EXPECT_EQ(r.failure, failures.at(f[5]));
+    const auto error = static_cast<int>(test::integerOf(f[6]));
+    EXPECT_EQ(r.error, error == 0 ? std::error_code() : std::make_error_code(std::errc(error)));
+    if (target != dir_) {
+      EXPECT_FALSE(std::filesystem::exists(target));
     }
   }
 }

@@ -8,11 +8,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "orvogeneric/satellite.hpp"
+#include "support/test_support.hpp"
 
 namespace orvo::resources {
 namespace {
@@ -27,40 +29,37 @@ Image load(const std::string& name) {
   return Image(std::istreambuf_iterator<char>(in), {});
 }
 
-std::u16string pattern(std::size_t length) {
-  const std::u16string unit = u"abcdefghijklmnop";
-  std::u16string out;
-  while (out.size() + unit.size() <= length) out += unit;
-  return out + std::u16string(u"0123456789ABCDEF").substr(0, length - out.size());
+// Everything strings.rc compiles to, in language-then-id order.
+const std::vector<SatelliteString>& expectedStrings() {
+  static const std::vector<SatelliteString> all = [] {
+    std::vector<SatelliteString> rows;
+    for (const auto& row : test::readTestData("resources/strings_rc.tsv", 3)) {
+      rows.push_back({static_cast<std::uint16_t>(test::integerOf(row.fields[0])),
+                      static_cast<std::uint16_t>(test::integerOf(row.fields[1])), row.fields[2]});
+    }
+    return rows;
+  }();
+  return all;
 }
 
-struct Expected {
-  std::uint16_t language;
-  std::uint16_t id;
-  std::u16string text;
-};
+// Whether a list of strings is the expected one, entry by entry.
+template <class Entries, class TextOf>
+void expectAllStrings(const Entries& entries, TextOf textOf) {
+  const auto& expected = expectedStrings();
+  ASSERT_EQ(entries.size(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(entries[i].language, expected[i].language) << i;
+    EXPECT_EQ(entries[i].id, expected[i].id) << i;
+    EXPECT_TRUE(textOf(entries[i]) == expected[i].text) << "entry " << i;
+  }
+}
 
-// Everything strings.rc compiles to, in language-then-id order.
-const std::vector<Expected>& expectedStrings() {
-  static const std::vector<Expected> all = {
-      {0x040C, 101, u"Première ligne%nDeuxième ligne"},
-      {0x040C, 103, u"après un trou"},
-      {0x040C, 300, u"seulement en français"},
-      {0x0411, 101, u"一行目%n二行目"},
-      {0x0411, 104, u"顔 \xD83D\xDE00"},
-      {0x0809, 0, u"zero"},
-      {0x0809, 1, u"one"},
-      {0x0809, 15, u"fifteen, the last of the first block"},
-      {0x0809, 16, u"sixteen, the first of the second block"},
-      {0x0809, 101, u"Line one%nLine two"},
-      {0x0809, 103, u"after a gap: 102 is missing"},
-      {0x0809, 104, u"face \xD83D\xDE00 and \xD834\xDD1E beyond the basic plane"},
-      {0x0809, 105, u"tab\there, quote \" and backslash \\ kept"},
-      {0x0809, 200, pattern(4095)},
-      {0x0809, 201, pattern(4096)},
-      {0x0809, 65535, u"the very last id"},
-  };
-  return all;
+PeFailure failureNamed(const String& name) {
+  static const std::map<String, PeFailure> failures = {{u"NotPeImage", PeFailure::NotPeImage},
+                                                       {u"Truncated", PeFailure::Truncated},
+                                                       {u"Malformed", PeFailure::Malformed},
+                                                       {u"NoResources", PeFailure::NoResources}};
+  return failures.at(name);
 }
 
 class Satellite : public ::testing::TestWithParam<std::tuple<const char*, std::uint16_t, bool>> {};
@@ -74,16 +73,11 @@ TEST_P(Satellite, ReadsEveryStringOfEveryLanguage) {
   EXPECT_EQ(table.machine(), machine);
   EXPECT_EQ(table.pe32Plus(), pe32Plus);
 
-  const auto& expected = expectedStrings();
-  ASSERT_EQ(table.entries().size(), expected.size());
-  for (std::size_t i = 0; i < expected.size(); ++i) {
-    const auto& e = table.entries()[i];
-    EXPECT_EQ(e.language, expected[i].language) << i;
-    EXPECT_EQ(e.id, expected[i].id) << i;
-    EXPECT_TRUE(table.text(e) == expected[i].text) << "language " << e.language << " id " << e.id;
-    const auto found = table.find(expected[i].language, expected[i].id);
-    ASSERT_TRUE(found.has_value()) << i;
-    EXPECT_TRUE(*found == expected[i].text) << i;
+  expectAllStrings(table.entries(), [&](const auto& e) { return table.text(e); });
+  for (const auto& e : expectedStrings()) {
+    const auto found = table.find(e.language, e.id);
+    ASSERT_TRUE(found.has_value()) << e.language << " " << e.id;
+    EXPECT_TRUE(*found == e.text) << e.language << " " << e.id;
   }
   EXPECT_EQ(table.languages(), (std::vector<std::uint16_t>{0x040C, 0x0411, 0x0809}));
 }
@@ -92,32 +86,15 @@ TEST_P(Satellite, MissingStringsAndLanguagesAreAbsent) {
   const auto result = readPeStrings(load(std::get<0>(GetParam())));
   ASSERT_TRUE(result) << result.detail;
   const StringTable& table = *result.table;
-  struct Case {
-    std::uint16_t language;
-    std::uint16_t id;
-  };
-  for (const Case c : {Case{0x0809, 102},  // the gap inside a block
-                       Case{0x0809, 2}, Case{0x0809, 14}, Case{0x0809, 17}, Case{0x0809, 65534},
-                       Case{0x040C, 104}, Case{0x0411, 103}, Case{0x0411, 300},
-                       Case{0x0409, 101},  // a language the file does not have
-                       Case{0x0009, 101}, Case{0x0000, 101}}) {
-    EXPECT_FALSE(table.find(c.language, c.id).has_value()) << c.language << " " << c.id;
+  for (const auto& row : test::readTestData("resources/strings_rc_absent.tsv", 2)) {
+    EXPECT_FALSE(table.find(test::integerOf(row.fields[0]), test::integerOf(row.fields[1])))
+        << "data line " << row.line;
   }
   const auto japanese = table.strings(0x0411);
   ASSERT_EQ(japanese.size(), 2U);
   EXPECT_EQ(japanese[0].id, 101);
   EXPECT_EQ(japanese[1].id, 104);
   EXPECT_TRUE(table.strings(0x0409).empty());
-}
-
-TEST_P(Satellite, LongStringsAreWholeAndSurrogatesPaired) {
-  const auto result = readPeStrings(load(std::get<0>(GetParam())));
-  ASSERT_TRUE(result) << result.detail;
-  EXPECT_EQ(result.table->find(0x0809, 200)->size(), 4095U);
-  EXPECT_EQ(result.table->find(0x0809, 201)->size(), 4096U);
-  EXPECT_EQ(result.table->find(0x0809, 201)->substr(4080), u"abcdefghijklmnop");
-  const auto face = *result.table->find(0x0809, 104);
-  EXPECT_EQ(face.substr(5, 2), u"\xD83D\xDE00");
 }
 
 // Every proper prefix of a good library is cut short: a failure that says so, never a read past
@@ -150,28 +127,13 @@ TEST(PeStrings, ImagesWithoutStrings) {
   EXPECT_EQ(noSection.failure, PeFailure::NoResources);
 }
 
-Image bytesOf(const std::string& text) { return Image(text.begin(), text.end()); }
-
 TEST(PeStrings, FilesThatAreNotImages) {
-  Image dosOnly(128, 0);
-  dosOnly[0] = 'M';
-  dosOnly[1] = 'Z';
-  dosOnly[0x3C] = 0x40;  // points at zeros, not "PE\0\0"
-  Image farPointer = dosOnly;
-  farPointer[0x3F] = 0x7F;  // beyond the file
-  struct Case {
-    Image bytes;
-    PeFailure failure;
-  };
-  for (const auto& [bytes, failure] :
-       {Case{{}, PeFailure::NotPeImage}, Case{bytesOf("M"), PeFailure::NotPeImage},
-        Case{bytesOf("[Section]\r\nkey=value\r\n"), PeFailure::NotPeImage},
-        Case{bytesOf("ZM"), PeFailure::NotPeImage}, Case{dosOnly, PeFailure::NotPeImage},
-        Case{farPointer, PeFailure::Truncated}, Case{bytesOf("MZ"), PeFailure::Truncated}}) {
-    const auto result = readPeStrings(bytes);
-    EXPECT_FALSE(result);
-    EXPECT_EQ(result.failure, failure) << result.detail;
-    EXPECT_FALSE(result.detail.empty());
+  for (const auto& row : test::readTestData("resources/not_images.tsv", 3)) {
+    const std::string bytes = test::bytesOf(row.fields[1]);
+    const auto result = readPeStrings(Image(bytes.begin(), bytes.end()));
+    EXPECT_FALSE(result) << "data line " << row.line;
+    EXPECT_EQ(result.failure, failureNamed(row.fields[2])) << "data line " << row.line;
+    EXPECT_FALSE(result.detail.empty()) << "data line " << row.line;
   }
 }
 
@@ -424,35 +386,16 @@ TEST(PeStrings, SharedStructuresCannotMultiplyTheWork) {
 TEST(PeStrings, HeaderDamage) {
   const Image good = load("AppRes809.dll");
   const std::size_t pe = get32(good, 0x3C);
-  const std::size_t optional = pe + 24;
-  struct Case {
-    const char* what;
-    std::size_t at;
-    int width;
-    std::uint32_t value;
-    PeFailure failure;
-  };
-  for (const Case& c : {
-           Case{"unknown optional header", optional, 2, 0x0107, PeFailure::Malformed},
-           Case{"no resource address", optional + 112 + 16, 4, 0, PeFailure::NoResources},
-           Case{"too few data directories", optional + 108, 4, 2, PeFailure::NoResources},
-           Case{"resources outside every section", optional + 112 + 16, 4, 0x7FFF0000,
-                PeFailure::Malformed},
-           Case{"headers longer than the file", optional + 60, 4, 0x01000000, PeFailure::Truncated},
-           Case{"a section beyond the file", optional + 240 + 20, 4, 0x7FFFFF00,
-                PeFailure::Truncated},
-           Case{"an optional header beyond the file", pe + 20, 2, 0xFFFF, PeFailure::Truncated},
-           Case{"a DOS program", pe, 4, 0, PeFailure::NotPeImage},
-       }) {
+  for (const auto& row : test::readTestData("resources/pe_header_damage.tsv", 6)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    const auto& f = row.fields;
     Image bad = good;
-    if (c.width == 2) {
-      put16(bad, c.at, c.value);
-    } else {
-      put32(bad, c.at, c.value);
-    }
+    const std::size_t at = (f[1] == u"pe" ? pe : pe + 24) + test::integerOf(f[2]);
+    const auto value = static_cast<std::uint32_t>(test::integerOf(f[4]));
+    f[3] == u"2" ? put16(bad, at, value) : put32(bad, at, value);
     const auto result = readPeStrings(bad);
-    EXPECT_FALSE(result) << c.what;
-    EXPECT_EQ(result.failure, c.failure) << c.what << ": " << result.detail;
+    EXPECT_FALSE(result);
+    EXPECT_EQ(result.failure, failureNamed(f[5])) << result.detail;
   }
   // The untouched library reads, so each failure above is the damage's doing.
   EXPECT_TRUE(readPeStrings(good));
@@ -474,13 +417,7 @@ TEST(PeStrings, ReadsFilesThroughThePlatform) {
 TEST(PeStrings, ExportedInterfaceListsTheSameStrings) {
   const auto all = SatelliteStrings(fromUtf8(kFixtures + "/AppRes809_i386.dll"));
   ASSERT_TRUE(all.has_value());
-  const auto& expected = expectedStrings();
-  ASSERT_EQ(all->size(), expected.size());
-  for (std::size_t i = 0; i < expected.size(); ++i) {
-    EXPECT_EQ((*all)[i].language, expected[i].language);
-    EXPECT_EQ((*all)[i].id, expected[i].id);
-    EXPECT_TRUE((*all)[i].text == expected[i].text) << i;
-  }
+  expectAllStrings(*all, [](const auto& e) { return e.text; });
   String why;
   EXPECT_FALSE(SatelliteStrings(fromUtf8(kFixtures + "/strings.rc"), &why).has_value());
   EXPECT_EQ(why, u"not a PE image: no MZ header");

@@ -2,34 +2,28 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdint>
+#include "support/test_support.hpp"
 
+namespace orvo {
 namespace {
 
-// The calendar arithmetic itself, beyond the years DateSerial accepts and with days that carry.
 TEST(Calendar, SerialDaysOfTheProlepticCalendar) {
-  struct Case {
-    std::int64_t year;
-    int month;
-    int day;
-    std::int64_t serialDay;
-    std::array<int, 3> readBack;  // the calendar date of that serial day
-  };
-  const Case cases[] = {
-      {1899, 12, 30, 0, {1899, 12, 30}},   {1900, 1, 1, 2, {1900, 1, 1}},
-      {1900, 2, 29, 61, {1900, 3, 1}},  // no leap day in 1900: the day carries
-      {2000, 2, 29, 36585, {2000, 2, 29}}, {2023, 2, 31, 44988, {2023, 3, 3}},
-      {100, 1, 1, -657434, {100, 1, 1}},   {9999, 12, 31, 2958465, {9999, 12, 31}},
-      {1, 1, 1, -693593, {1, 1, 1}},       {0, 1, 1, -693959, {0, 1, 1}},
-      {-17, 6, 18, -700000, {-17, 6, 18}}, {4637, 11, 26, 1000000, {4637, 11, 26}},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(orvo::daysFromCivil(c.year, c.month, c.day), c.serialDay) << c.year;
-    std::array<int, 3> back{};
-    orvo::civilFromDays(c.serialDay, back[0], back[1], back[2]);
-    EXPECT_EQ(back, c.readBack) << c.serialDay;
+  for (const auto& row : test::readTestData("runtime/calendar.tsv", 5)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    const auto& f = row.fields;
+    const std::int64_t serialDay = test::integerOf(f[3]);
+    EXPECT_EQ(daysFromCivil(test::integerOf(f[0]), static_cast<int>(test::integerOf(f[1])),
+                            static_cast<int>(test::integerOf(f[2]))),
+              serialDay);
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    civilFromDays(serialDay, year, month, day);
+    EXPECT_EQ(
+        fromUtf8(std::to_string(year) + "-" + std::to_string(month) + "-" + std::to_string(day)),
+        f[4]);
   }
 }
 
 }  // namespace
+}  // namespace orvo

@@ -2,17 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <functional>
 #include <map>
-#include <regex>
 #include <string>
 #include <vector>
 
 #include "orvogeneric/error.hpp"
 #include "orvogeneric/variant.hpp"
 #include "platform/locale.hpp"
+#include "runtime/dates.hpp"
 #include "support/test_support.hpp"
 
 // Rows recorded from the platform, and the table of places where the recording machine (Wine)
@@ -48,19 +46,16 @@ inline const platform::RegionalSettings& settingsFor(const std::string& lcid) {
   throw std::runtime_error("golden row for an unexpected LCID " + lcid);
 }
 
-inline Variant variantFor(const GoldenCase& c) {
-  const std::string text = toUtf8(c.input);
-  if (c.type == "R8") return Variant(parseHexDouble(c.input));
-  if (c.type == "R4") return Variant(static_cast<float>(parseHexDouble(c.input)));
-  if (c.type == "DATE") return Variant(Date{parseHexDouble(c.input)});
-  if (c.type == "CY") return Variant(Currency{std::stoll(text)});
-  if (c.type == "I2") return Variant(static_cast<std::int16_t>(std::stoi(text)));
-  if (c.type == "I4") return Variant(static_cast<std::int32_t>(std::stol(text)));
-  if (c.type == "BOOL") return Variant(std::stoi(text) != 0 ? VBool::True : VBool::False);
-  if (c.type == "BSTR") return Variant(c.input);
-  if (c.type == "EMPTY") return Variant();
-  if (c.type == "NULL") return Variant(Null{});
-  throw std::runtime_error("golden row of an unexpected type " + c.type);
+inline Variant variantFor(const GoldenCase& c) { return typedValue(c.type, c.input); }
+
+// A date as the data files write it: "year month day hour minute second".
+inline String datePartsOf(Date date) {
+  const runtime::DateParts p = runtime::splitDate(date);
+  std::string text = std::to_string(p.year);
+  for (const int part : {p.month, p.day, p.hour, p.minute, p.second}) {
+    text += " " + std::to_string(part);
+  }
+  return fromUtf8(text);
 }
 
 // The run-time error callers see for a recorded failure: E_INVALIDARG is 5, DISP_E_OVERFLOW 6.
@@ -71,39 +66,30 @@ inline int expectedErrorNumber(const String& expected) {
   return -1;
 }
 
-// A place where the recording differs from Windows. `windows` gives what Windows shows for the
-// row (derived from the recorded answer or from the calendar), and the row is checked against
-// it; rules without one are only skipped. `pinned` is the number of rows the rule takes, so
-// that a rule that starts swallowing more rows, or a recording that changes, is looked at again.
-struct KnownDeviation {
-  std::string name;
-  std::string reason;
-  int pinned;
-  std::function<bool(const GoldenCase&)> applies;
-  std::function<String(const GoldenCase&)> windows;
-};
-
-// Runs every case through `actual` and checks it against the recording or, where a deviation
-// applies, against Windows' answer. Error rows expect the numbered error.
+// Runs every case through `actual` and checks it against the recording or, for the rows
+// wine_deviations.tsv lists for `test`, against what Windows shows there. Error rows expect the
+// numbered error.
 template <class Actual>
-void runGolden(const std::vector<GoldenCase>& cases, const std::vector<KnownDeviation>& deviations,
-               Actual actual) {
+void runGolden(const std::string& test, const std::vector<GoldenCase>& cases, Actual actual) {
   ASSERT_FALSE(cases.empty());
-  std::map<std::string, int> pinned;
-  std::map<std::string, int> taken;
-  for (const KnownDeviation& d : deviations) {
-    pinned[d.name] = d.pinned;
-    taken[d.name] = 0;
+  using Key = std::vector<String>;  // locale, type, input, format
+  std::map<Key, GoldenRow> deviations;
+  std::map<Key, int> taken;
+  for (const GoldenRow& row : readTestData("runtime/wine_deviations.tsv", 7)) {
+    if (toUtf8(row.fields[0]) != test) continue;
+    const Key key(row.fields.begin() + 1, row.fields.begin() + 5);
+    deviations[key] = row;
+    taken[key] = 0;
   }
   int checked = 0;
   for (const GoldenCase& c : cases) {
-    const auto d = std::find_if(deviations.begin(), deviations.end(),
-                                [&](const KnownDeviation& k) { return k.applies(c); });
+    const Key key = {fromUtf8(c.locale), fromUtf8(c.type), c.input, c.format};
+    const auto d = deviations.find(key);
     const bool deviates = d != deviations.end();
     const std::string where =
         "line " + std::to_string(c.line) + ": " + c.locale + " " + c.type + " [" + show(c.input) +
         "] [" + show(c.format) + "]" +
-        (deviates ? " (" + d->name + ", Wine: " + show(c.expected) + ")" : "");
+        (deviates ? " (" + toUtf8(d->second.fields[5]) + ", Wine: " + show(c.expected) + ")" : "");
     const int error = deviates ? 0 : expectedErrorNumber(c.expected);
     String got;
     int raised = 0;
@@ -113,24 +99,19 @@ void runGolden(const std::vector<GoldenCase>& cases, const std::vector<KnownDevi
       raised = e.number();
     }
     EXPECT_EQ(raised, error) << where << ", got [" << show(got) << "]";
-    deviates ? ++taken[d->name] : ++checked;
-    if (raised == 0 && error == 0 && (!deviates || d->windows)) {
-      EXPECT_EQ(show(got), show(deviates ? d->windows(c) : c.expected)) << where;
+    deviates ? ++taken[key] : ++checked;
+    const String& want = deviates ? d->second.fields[6] : c.expected;
+    if (raised == 0 && error == 0 && want != u"<skipped>") {
+      EXPECT_EQ(show(got), show(want)) << where;
     }
   }
-  EXPECT_EQ(taken, pinned);
+  for (const auto& [key, count] : taken) {
+    EXPECT_GT(count, 0) << "wine_deviations.tsv line " << deviations[key].line
+                        << " is not in the recording";
+  }
   ::testing::Test::RecordProperty("golden_checked", checked);
   ::testing::Test::RecordProperty("golden_wine_deviations",
                                   static_cast<int>(cases.size()) - checked);
-}
-
-// Windows writes the German short date as dd.MM.yyyy where the recording has d.M.yyyy:
-// "5.1.2026 04:53:11" becomes "05.01.2026 04:53:11".
-inline String padGermanShortDates(const String& s) {
-  static const std::regex day(R"((^|\D)(\d)\.(\d{1,2})\.(\d))");
-  static const std::regex month(R"((^|\D)(\d\d)\.(\d)\.(\d))");
-  const std::string dayPadded = std::regex_replace(toUtf8(s), day, "$010$2.$3.$4");
-  return fromUtf8(std::regex_replace(dayPadded, month, "$01$2.0$3.$4"));
 }
 
 }  // namespace orvo::test::runtime_golden

@@ -34,74 +34,26 @@ class IniValues : public test::FilesTest {
 };
 
 TEST_F(IniValues, TypedGettersAndTheirNotFoundFlag) {
-  const String ini = write("typed.ini",
-                           "[S]\r\n"
-                           "empty=\r\n"
-                           "blank=   \r\n"
-                           "text=  \" padded \"  \r\n"
-                           "sentence=Not found! This is the default.\r\n"
-                           "yes=True\r\n"
-                           "one=1\r\n"
-                           "junk=maybe\r\n"
-                           "num=12abc\r\n"
-                           "alpha=abc\r\n"
-                           "half=2.5\r\n"
-                           "half3=3.5\r\n"
-                           "huge=9999999999\r\n"
-                           "dbl=1.25\r\n"
-                           "date=20241301\r\n"
-                           "dashed=2024-1-5\r\n"
-                           "seven=2024011\r\n"
-                           "long=" +
-                               std::string(3000, 'x') + "\r\n");
-  struct StringCase {
-    const char16_t* key;
-    const char16_t* value;
-    bool notFound;
-  };
-  const StringCase strings[] = {
-      {u"empty", u"", false},
-      {u"text", u" padded ", false},
-      {u"sentence", u"<d>", true},
-      {u"missing", u"<d>", true},
-  };
-  for (const auto& c : strings) {
-    VBool notFound = VBool::False;
-    EXPECT_EQ(show(sGetFromINI(ini, u"S", c.key, u"<d>", &notFound)), show(c.value)) << show(c.key);
-    EXPECT_EQ(isTrue(notFound), c.notFound) << show(c.key);
-  }
+  const auto data = test::readFileAndCases("settings/ini_getters.tsv", 5);
+  const String ini = write("typed.ini", data.bytes + "long=" + std::string(3000, 'x') + "\r\n");
   EXPECT_EQ(sGetFromINI(ini, u"S", u"long", u"").size(), 2047U);
-
-  struct LongCase {
-    const char16_t* key;
-    std::int32_t value;
-    bool notFound;
-  };
-  const LongCase longs[] = {
-      {u"empty", 77, true}, {u"blank", 77, true}, {u"num", 12, false},    {u"alpha", 0, false},
-      {u"half", 2, false},  {u"half3", 4, false}, {u"missing", 77, true},
-  };
-  for (const auto& c : longs) {
-    VBool notFound = VBool::False;
-    EXPECT_EQ(nGetFromINI(ini, u"S", c.key, 77, &notFound), c.value) << show(c.key);
-    EXPECT_EQ(isTrue(notFound), c.notFound) << show(c.key);
-  }
   EXPECT_EQ(test::errorNumber([&] { (void)nGetFromINI(ini, u"S", u"huge", 0); }), 6);
-
+  auto get = [&](const String& getter, const String& key, const Variant& d, VBool* nf) -> Variant {
+    if (getter == u"s") return sGetFromINI(ini, u"S", key, *d.get<String>(), nf);
+    if (getter == u"n") return nGetFromINI(ini, u"S", key, *d.get<std::int32_t>(), nf);
+    if (getter == u"b") return bGetFromINI(ini, u"S", key, *d.get<VBool>(), nf);
+    if (getter == u"d") return dGetFromINI(ini, u"S", key, *d.get<double>(), nf);
+    return GetDateFromINI(ini, u"S", key, *d.get<Date>(), nf);
+  };
   test::TraceCapture trace;
-  VBool notFound = VBool::False;
-  EXPECT_EQ(bGetFromINI(ini, u"S", u"yes", VBool::False, &notFound), VBool::True);
-  EXPECT_EQ(bGetFromINI(ini, u"S", u"junk", VBool::True, &notFound), VBool::True);
-  EXPECT_TRUE(isTrue(notFound));
-  EXPECT_DOUBLE_EQ(dGetFromINI(ini, u"S", u"dbl", 0), 1.25);
-  EXPECT_EQ(GetDateFromINI(ini, u"S", u"date", kDefaultINIDate, &notFound).serial,
-            runtime::DateSerial(2025, 1, 1).serial)
-      << "month 13 carries into the next year";
-  EXPECT_FALSE(isTrue(notFound));
-  for (const char16_t* key : {u"dashed", u"seven"}) {
-    EXPECT_EQ(GetDateFromINI(ini, u"S", key, kDefaultINIDate, &notFound).serial,
-              kDefaultINIDate.serial);
-    EXPECT_TRUE(isTrue(notFound));
+  for (const auto& row : data.cases) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    const auto& f = row.fields;
+    VBool notFound = VBool::False;
+    test::expectCall(row, f[3], [&] { return get(f[0], f[1], test::typedValue(f[2]), &notFound); });
+    if (!f[4].empty()) {
+      EXPECT_EQ(isTrue(notFound), f[4] == u"1");
+    }
   }
   const std::vector<String> expected = {u"bGetFromINI: invalid entry found: maybe",
                                         u"GetDateFromINI: invalid entry found: 2024-1-5",
@@ -177,19 +129,13 @@ TEST_F(IniValues, TheApplicationINIFile) {
   EXPECT_EQ(ini.FindINI(found), VBool::True);
 
   test::TraceCapture trace;
-  struct Case {
-    String setting;
-    String file;
-  };
-  const Case cases[] = {
-      {u" Special.cfg ", base + u"Special.cfg"},
-      {base + u"sub.ini", base + u"sub.ini"},
-      {u"Bare", base + u"Bare.ini"},
-      {u".", base + u"Model.ini"},
-  };
-  for (const auto& c : cases) {
-    ini.SetAppINIFile(c.setting);
-    EXPECT_EQ(ini.AppINIFile(), c.file) << show(c.setting);
+  const std::pair<String, String> cases[] = {{u" Special.cfg ", u"Special.cfg"},
+                                             {base + u"sub.ini", u"sub.ini"},
+                                             {u"Bare", u"Bare.ini"},
+                                             {u".", u"Model.ini"}};
+  for (const auto& [setting, file] : cases) {
+    ini.SetAppINIFile(setting);
+    EXPECT_EQ(ini.AppINIFile(), base + file) << show(setting);
   }
   ASSERT_FALSE(trace.messages().empty());
   EXPECT_EQ(trace.messages().front(),

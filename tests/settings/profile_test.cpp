@@ -16,7 +16,6 @@ namespace orvo::settings::privateprofile {
 namespace {
 
 using Profile = test::FilesTest;
-using namespace std::string_literals;
 
 String get(const String& file, const String& section, const String& key, std::size_t size = 2048,
            ProfileForm form = ProfileForm::Wide) {
@@ -30,73 +29,12 @@ bool put(const String& file, const String& section, const String& key, const Str
 
 TEST_F(Profile, ReadsAsThePlatformParses) {
   const test::ScopedLocale english("en_US.UTF-8");
-  const String ini = write("read.ini",
-                           "orphan=before any section\r\n"
-                           "  [Indented]  \r\n"
-                           "  key_lead_blank=kv1\r\n"
-                           "key_eq_both   =   kv3\r\n"
-                           "two_eq=a=b\r\n"
-                           "=nokey\r\n"
-                           "noeq\r\n"
-                           ";commented=1\r\n"
-                           "#hashed=1\r\n"
-                           "semi=abc ;not a comment?\r\n"
-                           "dq=\"hello world\"\r\n"
-                           "padded=   \" padded \"   \r\n"
-                           "sq='single'\r\n"
-                           "mixed=\"abc'\r\n"
-                           "inner=\"a\" \"b\"\r\n"
-                           "empty=\r\n"
-                           "k=first\r\n"
-                           "K=second\r\n"
-                           "[ Spaced Section ]\n"
-                           "a=1\r"
-                           "[Trail]junk\n\r"
-                           "b=2\r\r\n"
-                           "[a]b]\r\n"
-                           "c=3\r\n"
-                           "[NoClose\r\n"
-                           "d=4\r\n"
-                           "[Dup]\r\n"
-                           "only_first=1\r\n"
-                           "[dup]\r\n"
-                           "only_second=2\r\n"
-                           "[Last]\r\n"
-                           "no_newline=end");
-  struct Case {
-    const char16_t* section;
-    const char16_t* key;
-    const char16_t* value;
-  };
-  const Case cases[] = {
-      {u"", u"orphan", u"<def>"},  // lines before the first section belong to none
-      {u"indented", u"KEY_LEAD_BLANK", u"kv1"},
-      {u"Indented", u"  key_eq_both ", u"kv3"},
-      {u"Indented", u"two_eq", u"a=b"},
-      {u"Indented", u"", u"nokey"},
-      {u"Indented", u"noeq", u"<def>"},
-      {u"Indented", u";commented", u"<def>"},
-      {u"Indented", u"#hashed", u"1"},
-      {u"Indented", u"semi", u"abc ;not a comment?"},
-      {u"Indented", u"dq", u"hello world"},
-      {u"Indented", u"padded", u" padded "},
-      {u"Indented", u"sq", u"single"},
-      {u"Indented", u"mixed", u"\"abc'"},
-      {u"Indented", u"inner", u"a\" \"b"},
-      {u"Indented", u"empty", u""},
-      {u"Indented", u"k", u"first"},
-      {u"Spaced Section", u"a", u"1"},
-      {u"Trail", u"b", u"2"},
-      {u"a]b", u"c", u"3"},
-      {u"a]b", u"d", u"4"},  // "[NoClose" is no header: d stays in the section before
-      {u"DUP", u"only_first", u"1"},
-      {u"Dup", u"only_second", u"<def>"},  // only the first of duplicate sections is searched
-      {u"Last", u"no_newline", u"end"},
-      {u"Missing", u"a", u"<def>"},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(test::show(get(ini, c.section, c.key)), test::show(c.value))
-        << test::show(c.section) << "/" << test::show(c.key);
+  const auto data = test::readFileAndCases("settings/profile_read.tsv", 3);
+  const String ini = write("read.ini", data.bytes);
+  for (const auto& row : data.cases) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    const auto& f = row.fields;
+    EXPECT_EQ(test::show(get(ini, f[0], f[1])), test::show(f[2]));
   }
 }
 
@@ -118,27 +56,12 @@ TEST_F(Profile, BufferAndDefaults) {
 
 TEST_F(Profile, EncodingsOfTheFile) {
   const test::ScopedLocale english("en_US.UTF-8");  // ANSI code page 1252
-  struct Case {
-    const char* name;
-    std::string bytes;
-    String wide;
-    String ansi;
-  };
-  const Case cases[] = {
-      {"ANSI", "[S]\r\nv=caf\xE9 \x80\x81\r\n", u"caf\u00e9 \u20ac\u0081",
-       u"caf\u00e9 \u20ac\u0081"},
-      {"UTF-16 LE", std::string("\xFF\xFE[\0S\0]\0\n\0v\0=\0\xE9\0 \0\x42\x30", 20),
-       u"\u00e9 \u3042", u"\u00e9 ?"},
-      {"UTF-16 BE", std::string("\xFE\xFF\0[\0S\0]\0\n\0v\0=\0\xE9", 16), u"\u00e9", u"\u00e9"},
-      {"UTF-8 with BOM", "\xEF\xBB\xBF[S]\nv=caf\xC3\xA9", u"caf\u00e9", u"caf\u00e9"},
-      {"UTF-8 without BOM is ANSI", "[S]\nv=caf\xC3\xA9", u"caf\u00c3\u00a9", u"caf\u00c3\u00a9"},
-  };
-  int n = 0;
-  for (const auto& c : cases) {
-    const String ini = write("enc" + std::to_string(n++) + ".ini", c.bytes);
-    EXPECT_EQ(test::show(get(ini, u"S", u"v")), test::show(c.wide)) << c.name;
-    EXPECT_EQ(test::show(get(ini, u"S", u"v", 2048, ProfileForm::Ansi)), test::show(c.ansi))
-        << c.name;
+  for (const auto& row : test::readTestData("settings/profile_encodings.tsv", 4)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    const auto& f = row.fields;
+    const String ini = write("enc" + std::to_string(row.line) + ".ini", test::bytesOf(f[1]));
+    EXPECT_EQ(test::show(get(ini, u"S", u"v")), test::show(f[2]));
+    EXPECT_EQ(test::show(get(ini, u"S", u"v", 2048, ProfileForm::Ansi)), test::show(f[3]));
   }
 }
 
@@ -156,59 +79,14 @@ TEST_F(Profile, DoubleBytePagesAreReadAsText) {
 
 TEST_F(Profile, WritesChangeOnlyTheirLine) {
   const test::ScopedLocale english("en_US.UTF-8");
-  const std::string original =
-      "junk \0 before\r\n"s
-      "; a comment\n"
-      "[Alpha]\r\n"
-      "  spaced   =   old value   \r\n"
-      "   ;  odd comment  \r\n"
-      "\r\n"
-      "[Beta]\n"
-      "UPPER=3\n"
-      "\n"
-      "[Gamma]\r\n"
-      "last=1"s;
-  struct Case {
-    const char* name;
-    const char16_t* section;
-    const char16_t* key;    // nullptr deletes the section
-    const char16_t* value;  // nullptr deletes the key
-    std::string after;
-  };
-  const std::string junk = original.substr(0, original.find("[Alpha]"));
-  const std::size_t rest = junk.size();
-  const Case cases[] = {
-      {"replace keeps the key's spelling", u"alpha", u"SPACED", u"new",
-       junk + "[Alpha]\r\nspaced=new\r\n   ;  odd comment  "
-              "\r\n\r\n[Beta]\nUPPER=3\n\n[Gamma]\r\nlast=1"},
-      {"same value: untouched", u"Alpha", u"spaced", u"old value", junk + original.substr(rest)},
-      {"new key after the section's last line", u"Alpha", u"added", u"yes",
-       junk + "[Alpha]\r\n  spaced   =   old value   \r\n   ;  odd comment  \r\nadded=yes\r\n\r\n"
-              "[Beta]\nUPPER=3\n\n[Gamma]\r\nlast=1"},
-      {"new key after a last line without terminator", u"Gamma", u"k", u"v",
-       junk + original.substr(rest) + "\r\nk=v\r\n"},
-      {"new section at the end", u"  Delta  ", u" k ", u" v ",
-       junk + original.substr(rest) + "\r\n[Delta]\r\nk= v \r\n"},
-      {"delete a key", u"beta", u"upper", nullptr,
-       junk + "[Alpha]\r\n  spaced   =   old value   \r\n   ;  odd comment  \r\n\r\n[Beta]\n\n"
-              "[Gamma]\r\nlast=1"},
-      {"delete a missing key", u"Beta", u"none", nullptr, junk + original.substr(rest)},
-      {"delete a section", u"Alpha", nullptr, nullptr,
-       junk + "[Beta]\nUPPER=3\n\n[Gamma]\r\nlast=1"},
-      {"delete the last section", u"Gamma", nullptr, nullptr,
-       junk +
-           original.substr(rest, original.size() - rest - std::string("[Gamma]\r\nlast=1").size())},
-  };
-  for (const auto& c : cases) {
-    const String ini = write("w.ini", std::string(original.data(), original.size()));
-    const String section = c.section;
-    const String key = c.key != nullptr ? String(c.key) : String();
-    const String value = c.value != nullptr ? String(c.value) : String();
-    EXPECT_TRUE(WritePrivateProfileString(&section, c.key != nullptr ? &key : nullptr,
-                                          c.value != nullptr ? &value : nullptr, ini,
-                                          ProfileForm::Wide))
-        << c.name;
-    EXPECT_EQ(read("w.ini"), c.after) << c.name;
+  const auto data = test::readFileAndCases("settings/profile_write.tsv", 4);
+  auto given = [](const String& field) { return field == u"<none>" ? nullptr : &field; };
+  for (const auto& row : data.cases) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    const auto& f = row.fields;
+    const String ini = write("w.ini", data.bytes);
+    EXPECT_TRUE(WritePrivateProfileString(&f[0], given(f[1]), given(f[2]), ini, ProfileForm::Wide));
+    EXPECT_EQ(read("w.ini"), test::bytesOf(f[3]));
   }
 }
 
@@ -353,34 +231,20 @@ TEST_F(Profile, BadFilesGiveTheDefaultOrAFailure) {
   EXPECT_EQ(error, 5U);
   EXPECT_TRUE(std::filesystem::is_directory(dir_ / "adir"));
 
-  struct Case {
-    const char* name;
-    std::string bytes;
-    const char16_t* section;
-    const char16_t* key;
-    String value;
+  auto expectReadAndKept = [&](const std::string& name, const std::string& bytes,
+                               const String& value) {
+    const String file = write(name, bytes);
+    EXPECT_EQ(test::show(get(file, u"S", u"k")), test::show(value));
+    ASSERT_TRUE(put(file, u"Other", u"n", u"1"));
+    EXPECT_TRUE(read(name).starts_with(bytes));
   };
-  const std::string longLine(10 << 20, 'x');
-  const Case cases[] = {
-      {"NUL bytes in names and values", "[S\0T]\r\nk\0=v\0w\r\n[S]\r\nk=after\r\n"s, u"S", u"k",
-       u"after"},
-      {"a lone CR ends a line", "[S]\rk=1\r", u"S", u"k", u"1"},
-      {"a 10 MB line", "[S]\r\nbig=" + longLine + "\r\nk=2\r\n", u"S", u"k", u"2"},
-      {"invalid UTF-16: a lone surrogate", "\xFF\xFE[\0S\0]\0\n\0k\0=\0\x00\xD8\x41\0"s, u"S", u"k",
-       String(u"\xD800") + u"A"},
-      {"UTF-16 with an odd last byte", "\xFF\xFE[\0S\0]\0\n\0k\0=\0z\0!"s, u"S", u"k", u"z"},
-  };
-  int n = 0;
-  for (const auto& c : cases) {
-    const std::string name = "bad" + std::to_string(n++) + ".ini";
-    const String file = write(name, c.bytes);
-    EXPECT_EQ(test::show(get(file, c.section, c.key)), test::show(c.value)) << c.name;
-    // A write elsewhere in the file keeps these bytes exactly.
-    ASSERT_TRUE(put(file, u"Other", u"n", u"1")) << c.name;
-    const std::string after = read(name);
-    EXPECT_EQ(after.substr(0, c.bytes.size()) == c.bytes, true) << c.name;
+  for (const auto& row : test::readTestData("settings/profile_bad_files.tsv", 3)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    expectReadAndKept("bad" + std::to_string(row.line), test::bytesOf(row.fields[1]),
+                      row.fields[2]);
   }
-  EXPECT_EQ(get(path("bad2.ini"), u"S", u"big").size(), 2047U);
+  expectReadAndKept("big.ini", "[S]\r\nbig=" + std::string(10 << 20, 'x') + "\r\nk=2\r\n", u"2");
+  EXPECT_EQ(get(path("big.ini"), u"S", u"big").size(), 2047U);
 
   if (::geteuid() != 0) {
     const String locked = write("locked.ini", "[S]\r\nk=1\r\n");

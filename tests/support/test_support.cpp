@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 #include "frame/state.hpp"
@@ -96,7 +97,107 @@ std::vector<GoldenRow> readTestData(const std::string& fileName) {
   return readRows(ORVO_TEST_DATA_DIR, fileName);
 }
 
+std::vector<GoldenRow> readTestData(const std::string& fileName, std::size_t columns) {
+  auto rows = readTestData(fileName);
+  if (rows.empty()) throw std::runtime_error("no rows in data file " + fileName);
+  for (const GoldenRow& row : rows) {
+    if (row.fields.size() != columns) {
+      throw std::runtime_error(fileName + " line " + std::to_string(row.line) + ": " +
+                               std::to_string(row.fields.size()) + " fields, not " +
+                               std::to_string(columns));
+    }
+  }
+  return rows;
+}
+
+FileAndCases readFileAndCases(const std::string& fileName, std::size_t caseColumns) {
+  FileAndCases out;
+  for (GoldenRow& row : readTestData(fileName)) {
+    const bool fileRow = row.fields.size() == 2 && row.fields[0] == u"file";
+    if (!fileRow && row.fields.size() != caseColumns) {
+      throw std::runtime_error(fileName + " line " + std::to_string(row.line) +
+                               ": neither a file row nor a case");
+    }
+    if (fileRow) {
+      out.bytes += bytesOf(row.fields[1]);
+    } else {
+      out.cases.push_back(std::move(row));
+    }
+  }
+  if (out.cases.empty()) throw std::runtime_error("no cases in data file " + fileName);
+  return out;
+}
+
+std::int64_t integerOf(const String& field) {
+  const std::string text = toUtf8(field);
+  const std::size_t digits = text.starts_with('-') || text.starts_with('+') ? 1 : 0;
+  const bool hex = text.compare(digits, 2, "0x") == 0;
+  std::size_t used = 0;
+  const auto magnitude = std::stoull(text.substr(digits + (hex ? 2 : 0)), &used, hex ? 16 : 10);
+  if (used != text.size() - digits - (hex ? 2 : 0)) {
+    throw std::runtime_error("not a whole number in data field: " + text);
+  }
+  return text[0] == '-' ? static_cast<std::int64_t>(0 - magnitude)
+                        : static_cast<std::int64_t>(magnitude);
+}
+
 double parseHexDouble(const String& field) { return std::strtod(toUtf8(field).c_str(), nullptr); }
+
+Variant typedValue(std::string_view type, const String& text) {
+  const std::string t = toUtf8(text);
+  if (type == "R8") return Variant(parseHexDouble(text));
+  if (type == "R4") return Variant(static_cast<float>(parseHexDouble(text)));
+  if (type == "DATE") return Variant(Date{parseHexDouble(text)});
+  if (type == "CY") return Variant(Currency{integerOf(text)});
+  if (type == "I2") return Variant(static_cast<std::int16_t>(integerOf(text)));
+  if (type == "I4") return Variant(static_cast<std::int32_t>(integerOf(text)));
+  if (type == "UI1") return Variant(static_cast<std::uint8_t>(integerOf(text)));
+  if (type == "BOOL") return Variant(static_cast<VBool>(integerOf(text)));
+  if (type == "BSTR") return Variant(text);
+  if (type == "EMPTY") return Variant();
+  if (type == "NULL") return Variant(Null{});
+  throw std::runtime_error("a value of an unexpected type " + std::string(type) + " " + t);
+}
+
+Variant typedValue(const String& typed) {
+  const std::string whole = toUtf8(typed);
+  const auto space = whole.find(' ');
+  return typedValue(whole.substr(0, space),
+                    space == std::string::npos ? String() : typed.substr(space + 1));
+}
+
+namespace {
+
+std::string describe(const Variant& v) {
+  std::ostringstream out;
+  out.precision(17);
+  out << typeName(v.type()) << " ";
+  if (const auto* s = v.get<String>()) out << show(*s);
+  if (const auto* d = v.get<double>()) out << *d;
+  if (const auto* f = v.get<float>()) out << *f;
+  if (const auto* c = v.get<Currency>()) out << c->scaled;
+  if (const auto* d = v.get<Date>()) out << d->serial;
+  if (const auto* i = v.get<std::int16_t>()) out << *i;
+  if (const auto* i = v.get<std::int32_t>()) out << *i;
+  if (const auto* b = v.get<std::uint8_t>()) out << static_cast<int>(*b);
+  if (const auto* b = v.get<VBool>()) out << static_cast<int>(*b);
+  return out.str();
+}
+
+}  // namespace
+
+void expectCall(const GoldenRow& row, const String& expected,
+                const std::function<Variant()>& call) {
+  Variant got;
+  const std::int32_t error = errorNumber([&] { got = call(); });
+  if (expected.starts_with(u'#')) {
+    EXPECT_EQ(error, integerOf(expected.substr(1))) << "data line " << row.line;
+  } else {
+    EXPECT_EQ(error, 0) << "data line " << row.line;
+    EXPECT_TRUE(got == typedValue(expected))
+        << "data line " << row.line << ": got " << describe(got) << ", want " << show(expected);
+  }
+}
 
 std::string bytesOf(const String& field) {
   std::string bytes;

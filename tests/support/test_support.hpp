@@ -12,6 +12,7 @@
 #include "orvogeneric/error.hpp"
 #include "orvogeneric/types.hpp"
 #include "orvogeneric/user_interface.hpp"
+#include "orvogeneric/variant.hpp"
 
 namespace orvo::test {
 
@@ -24,7 +25,27 @@ struct GoldenRow {
 std::vector<GoldenRow> readGolden(const std::string& fileName);  // relative to tests/golden
 // The same format for the tests' own tables of cases, relative to tests/data.
 std::vector<GoldenRow> readTestData(const std::string& fileName);
+// The same, each row required to have `columns` fields: a malformed line or a file without rows
+// is an error naming it, so that a table cannot shrink unnoticed.
+std::vector<GoldenRow> readTestData(const std::string& fileName, std::size_t columns);
+// A data file holding a file under test and the cases on it: rows "file<TAB>text" give the file's
+// bytes in order (line ends written out, see bytesOf), the other rows are the cases.
+struct FileAndCases {
+  std::string bytes;
+  std::vector<GoldenRow> cases;
+};
+FileAndCases readFileAndCases(const std::string& fileName, std::size_t caseColumns);
+// A whole number in a data field: decimal, or hexadecimal after "0x", with an optional sign.
+std::int64_t integerOf(const String& field);
 double parseHexDouble(const String& field);  // C99 "%a" text
+// A value written "TYPE text" in a data file: "R8 2.5" (any strtod form), "R4 0.1", "I2 -3",
+// "I4 7", "UI1 200", "CY 25000" (scaled by 10000), "DATE 1.5", "BOOL 1" (any number, so that a
+// non-canonical true can be written), "BSTR any text", "EMPTY", "NULL".
+Variant typedValue(std::string_view type, const String& text);
+Variant typedValue(const String& typed);
+// Checks a call against a data field: "#n" when it must raise error n, else the value typedValue
+// reads. Failures name the data line.
+void expectCall(const GoldenRow& row, const String& expected, const std::function<Variant()>& call);
 // A field that stands for bytes ("\u{FF}" one byte): each code unit one byte, none above 0xFF.
 std::string bytesOf(const String& field);
 
