@@ -80,11 +80,9 @@ String ReadTextFileToStringB(const String& FileName, std::int32_t* CodePage, VBo
       runtime::raise(file.lastError() == platform::kErrorAccessDenied ? runtime::errPermissionDenied
                                                                       : runtime::errPathFileAccess);
     }
-    const std::int64_t bomSize = DefaultBOMSize(encoding);
-    const std::int64_t size = file.size().value_or(0);
-    std::vector<std::uint8_t> bytes(
-        static_cast<std::size_t>(std::max<std::int64_t>(0, size - bomSize)));
-    if (!file.seek(bomSize, platform::SeekOrigin::Begin) || file.read(bytes) < 0) {
+    std::vector<std::uint8_t> bytes;
+    if (!file.seek(DefaultBOMSize(encoding), platform::SeekOrigin::Begin) ||
+        !file.readToEnd(bytes)) {
       runtime::raise(runtime::errPathFileAccess);
     }
     String text;
@@ -250,9 +248,8 @@ Variant ReadFileToByteArray(const String& FilePath, enumFileEncoding* FileEncodi
     enumFileEncoding encoding = encANSI;
     if (!OpenForInputB(FilePath, file, encoding)) runtime::raise(runtime::errPathFileAccess);
     if (FileEncoding != nullptr) *FileEncoding = encoding;
-    const std::int64_t size = file.size().value_or(0) - DefaultBOMSize(encoding);
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::max<std::int64_t>(0, size)));
-    if (file.read(bytes) < 0) runtime::raise(runtime::errPathFileAccess);
+    std::vector<std::uint8_t> bytes;
+    if (!file.readToEnd(bytes)) runtime::raise(runtime::errPathFileAccess);
     if (bytes.empty()) return Variant(SafeArray(VarType::Byte, 0, {}));
     return Variant(SafeArray(1, std::move(bytes)));
   });

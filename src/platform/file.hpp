@@ -84,6 +84,10 @@ class File {
   [[nodiscard]] bool isOpen() const noexcept { return handle_ != kInvalidHandle; }
   // Bytes read, 0 at the end, -1 on failure.
   std::int64_t read(std::span<std::uint8_t> buffer);
+  // Everything from the current position to the end of the file, however its size changed
+  // since it was taken (a file that shrank gives what is there, one that reports size 0 what
+  // it holds). False on a read failure.
+  bool readToEnd(std::vector<std::uint8_t>& out);
   bool writeAll(std::span<const std::uint8_t> bytes);
   bool seek(std::int64_t offset, SeekOrigin origin);
   [[nodiscard]] std::int64_t position() const;

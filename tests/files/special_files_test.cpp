@@ -2,7 +2,9 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <string>
 
 #include "files/files_fixture.hpp"
@@ -103,6 +105,19 @@ TEST_F(SpecialFiles, ALogThatIsAFifoIsNotWritten) {
     return raised([] { files::AddToLogB_File(u"message", u"", 0, VBool::False); });
   });
   ASSERT_TRUE(answer.has_value()) << "the log write did not return";
+}
+
+// A file whose size says nothing of its content (the kernel's files report 0) is read to its end,
+// as any file is, rather than to the size taken before the read.
+TEST_F(SpecialFiles, FilesAreReadToTheirEndWhateverTheirSizeSaid) {
+  std::ifstream in("/proc/version", std::ios::binary);
+  const std::string content{std::istreambuf_iterator<char>(in), {}};
+  ASSERT_FALSE(content.empty());
+  EXPECT_EQ(toUtf8(files::ReadTextFileToStringB(u"/proc/version")), content);
+  const Variant bytes = files::ReadFileToByteArray(u"/proc/version");
+  ASSERT_NE(bytes.array(), nullptr);
+  const auto span = bytes.array()->bytes();
+  EXPECT_EQ(std::string(span.begin(), span.end()), content);
 }
 
 }  // namespace

@@ -118,6 +118,33 @@ bool File::open(std::u16string_view path, const OpenOptions& options, bool* exis
   return true;
 }
 
+bool File::readToEnd(std::vector<std::uint8_t>& out) {
+  constexpr std::size_t kStep = 1 << 16;
+  out.clear();
+  struct stat st {};
+  const off_t at = ::lseek(fd(), 0, SEEK_CUR);
+  // The size is only a first guess of the capacity; one byte more shows the end in one read.
+  if (::fstat(fd(), &st) == 0 && at >= 0 && st.st_size > at) {
+    out.resize(static_cast<std::size_t>(st.st_size - at) + 1);
+  }
+  std::size_t filled = 0;
+  for (;;) {
+    if (filled == out.size()) out.resize(out.size() + std::max(kStep, out.size() / 2));
+    const ssize_t n = ::read(fd(), out.data() + filled, out.size() - filled);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      lastError_ = windowsError(errno);
+      out.clear();
+      return false;
+    }
+    if (n == 0) break;
+    filled += static_cast<std::size_t>(n);
+  }
+  out.resize(filled);
+  out.shrink_to_fit();
+  return true;
+}
+
 bool File::openForAppend(std::u16string_view path, bool create) {
   close();
   const std::string native = NativePath(path).native();
