@@ -19,8 +19,10 @@ inline constexpr std::uint32_t kErrorFileExists = 80;
 inline constexpr std::uint32_t kErrorDiskFull = 112;
 inline constexpr std::uint32_t kErrorAlreadyExists = 183;
 
-// The Windows error number of the calling thread's last failed settings write, as the
-// platform's GetLastError gives it after a member answered only false (PutStringToINI).
+// The calling thread's last Windows error number, as the platform's GetLastError gives it: set
+// by a file call or settings write that failed, so that after a member that answered only false
+// (PutStringToINI) the reason can still be asked. A log write (AddToLog) sets it either way, 0
+// when its line was written, since it never raises.
 ORVO_API std::uint32_t lastSystemError() noexcept;
 
 }  // namespace orvo

@@ -1,6 +1,7 @@
 #include "files/log.hpp"
 
 #include <ctime>
+#include <exception>
 #include <memory>
 #include <mutex>
 
@@ -10,6 +11,7 @@
 #include "frame/state.hpp"
 #include "frame/traps.hpp"
 #include "platform/debug_output.hpp"
+#include "platform/last_error.hpp"
 #include "platform/locale.hpp"
 #include "runtime/dates.hpp"
 #include "runtime/format.hpp"
@@ -30,9 +32,12 @@ DebugOutputSink& sinkSlot() {
 }
 
 // A log write that fails traces the failure, and the trace is itself a log write: on the
-// original platform that recursion ends only when the stack runs out. Here a write started
-// from within a write goes no deeper.
+// original platform that recursion ends only when the stack runs out. Here it stops at once: a
+// write started while the write around it is handling its failure is dropped. Other writes
+// from within a write (the encoding detector's verdict on the log itself, on ORVO.INI) are
+// written, to a depth no real chain of them reaches.
 thread_local int gDepth = 0;
+constexpr int kDeepestNesting = 8;
 struct DepthGuard {
   DepthGuard() { ++gDepth; }
   ~DepthGuard() { --gDepth; }
@@ -76,6 +81,10 @@ String LogFile() { return frame::sParentAppPathAndEXEName() + u".log"; }
 
 void AddToLogB_File(const String& sMsg, const String& Prefix, std::int32_t CodePage,
                     VBool PutByte) {
+  // The caller never sees an error, but the thread's last error tells whether the line was
+  // written (0) or why not, for a tool that must say so.
+  platform::setLastError(0);
+  bool written = false;
   try {
     // The file's existence is the switch: the library never creates its log.
     String text = sMsg;
@@ -83,9 +92,11 @@ void AddToLogB_File(const String& sMsg, const String& Prefix, std::int32_t CodeP
       if (!Prefix.empty()) text = Prefix + u": " + text;
       text = timeStamp() + u": " + text;
     }
-    (void)PrintToExistingFile(text, LogFile(), CodePage, PutByte, VBool::True);
+    written = PrintToExistingFile(text, LogFile(), CodePage, PutByte, VBool::True);
   } catch (...) {  // NOLINT(bugprone-empty-catch): a log line that cannot be written is dropped
   }
+  const std::uint32_t why = platform::lastError();
+  platform::setLastError(written ? 0 : (why != 0 ? why : platform::kErrorAccessDenied));
 }
 
 void AddToLog_OutputDebugString(const String& sMsg, const String& Prefix) {
@@ -112,7 +123,7 @@ void AddToLog_OutputDebugString(const String& sMsg, const String& Prefix) {
 
 void AddToLogB_Worker(const String& sMsg, const String& Prefix, std::int32_t CodePage,
                       VBool PutByte) {
-  if (gDepth > 1) return;
+  if (gDepth > 0 && (std::current_exception() != nullptr || gDepth >= kDeepestNesting)) return;
   const DepthGuard guard;
   try {
     AddToLogB_File(sMsg, Prefix, CodePage, PutByte);

@@ -208,6 +208,19 @@ if ((code != 3)); then
   fails=$((fails + 1))
 fi
 
+# A log line reports what it cost: the encoding verdicts traced while it is written (on the log
+# itself, on ORVO.INI) are written too, and a log that cannot be written is exit status 1.
+mkdir -p "$work/logapp/win"
+printf '[Logging]\r\nOutputDebugString=0\r\n' > "$work/logapp/win/ORVO.INI"
+: > "$work/logapp/app.log"
+ORVO_WINDIR="$work/logapp/win" "$orvo" log --app "$work/logapp" app hello 2>/dev/null
+if [[ $(grep -c 'File Encoding = 0, for file' "$work/logapp/app.log") != 2 ]]; then
+  echo "FAIL: the encoding traces of a log's first line"
+  fails=$((fails + 1))
+fi
+chmod 444 "$work/logapp/app.log"
+expect 1 "" -- log --app "$work/logapp" app again
+
 if ((fails > 0)); then
   echo "$fails orvo CLI check(s) failed"
   exit 1

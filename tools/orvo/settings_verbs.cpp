@@ -123,6 +123,11 @@ int commandLog(const std::vector<std::string>& args) {
     return 1;
   }
   files.AddToLog(text(args[next]));
+  if (const std::uint32_t error = lastSystemError(); error != 0) {
+    std::fprintf(stderr, "orvo log: %s was not written (Windows error %u)\n", toUtf8(log).c_str(),
+                 error);
+    return 1;
+  }
   return done(0);
 }
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/emulation/name_order.hpp"
+#include "platform/last_error.hpp"
 #include "platform/posix/open_file.hpp"
 #include "platform/posix/windows_errors.hpp"
 
@@ -86,6 +87,7 @@ bool File::open(std::u16string_view path, const OpenOptions& options, bool* exis
   const bool there = !path.empty() && ::stat(native.c_str(), &st) == 0;
   if (there && S_ISDIR(st.st_mode)) {
     lastError_ = kErrorAccessDenied;
+    setLastError(lastError_);  // as the platform keeps it for GetLastError
     return false;
   }
   int flags = O_CLOEXEC | (read && write ? O_RDWR : write ? O_WRONLY : O_RDONLY);
@@ -109,6 +111,7 @@ bool File::open(std::u16string_view path, const OpenOptions& options, bool* exis
   const int fd = openRegularFile(native, flags, 0666, error);
   if (fd < 0) {
     lastError_ = error;
+    setLastError(lastError_);  // as the platform keeps it for GetLastError
     return false;
   }
   handle_ = fd;
@@ -134,6 +137,7 @@ bool File::readToEnd(std::vector<std::uint8_t>& out) {
     if (n < 0) {
       if (errno == EINTR) continue;
       lastError_ = windowsError(errno);
+      setLastError(lastError_);  // as the platform keeps it for GetLastError
       out.clear();
       return false;
     }
@@ -152,6 +156,7 @@ bool File::openForAppend(std::u16string_view path, bool create) {
   const int fd = openRegularFile(native, O_WRONLY | O_APPEND | (create ? O_CREAT : 0), 0666, error);
   if (fd < 0) {
     lastError_ = error;
+    setLastError(lastError_);  // as the platform keeps it for GetLastError
     return false;
   }
   handle_ = fd;
@@ -166,6 +171,7 @@ std::int64_t File::read(std::span<std::uint8_t> buffer) {
     if (n < 0) {
       if (errno == EINTR) continue;
       lastError_ = windowsError(errno);
+      setLastError(lastError_);  // as the platform keeps it for GetLastError
       return -1;
     }
     if (n == 0) break;
@@ -181,6 +187,7 @@ bool File::writeAll(std::span<const std::uint8_t> bytes) {
     if (n < 0) {
       if (errno == EINTR) continue;
       lastError_ = windowsError(errno);
+      setLastError(lastError_);  // as the platform keeps it for GetLastError
       return false;
     }
     done += static_cast<std::size_t>(n);
@@ -194,6 +201,7 @@ bool File::seek(std::int64_t offset, SeekOrigin origin) {
                                                      : SEEK_END;
   if (::lseek(fd(), offset, whence) < 0) {
     lastError_ = windowsError(errno);
+    setLastError(lastError_);  // as the platform keeps it for GetLastError
     return false;
   }
   return true;
@@ -210,6 +218,7 @@ std::optional<std::int64_t> File::size() const {
 bool File::flush() {
   if (::fsync(fd()) != 0 && errno != EINVAL && errno != EROFS) {
     lastError_ = windowsError(errno);
+    setLastError(lastError_);  // as the platform keeps it for GetLastError
     return false;
   }
   return true;
