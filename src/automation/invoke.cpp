@@ -113,14 +113,14 @@ CallResult invoke(Object& object, std::string_view member, std::vector<Variant> 
       args[i] = p.defaultValue();
     } else if (!p.optional) {
       runtime::raise(runtime::errArgumentNotOptional);
-    } else if (p.direction == Direction::InOut) {
-      args[i] = Variant{};  // a fresh variable whose final value the caller is shown
     }
+    // An optional argument without a default stays missing: the member sees it not passed,
+    // and nothing comes back for it.
   }
   CallResult result;
   result.result = info->invoke(object, args);
   for (std::size_t i = 0; i < params.size(); ++i) {
-    if (params[i].direction == Direction::InOut) {
+    if (params[i].direction == Direction::InOut && !args[i].isMissing()) {
       result.byref.emplace_back(std::string(params[i].name), std::move(args[i]));
     }
   }

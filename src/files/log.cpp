@@ -1,5 +1,6 @@
 #include "files/log.hpp"
 
+#include <algorithm>
 #include <ctime>
 #include <exception>
 #include <memory>
@@ -53,8 +54,11 @@ LogSettings settings() {
   LogSettings read;
   read.outputDebugString =
       isTrue(settings::bGetFromINI(ini, u"Logging", u"OutputDebugString", VBool::False));
-  read.outputDebugStringPrefixLen =
-      settings::nGetFromINI(ini, u"Logging", u"OutputDebugStringPrefixLen", 32);
+  // A width from a file anyone may edit: beyond a string's sane size it would cost gigabytes
+  // per line; the pad stops there.
+  constexpr std::int32_t kWidestPrefix = 32767;
+  read.outputDebugStringPrefixLen = std::min(
+      settings::nGetFromINI(ini, u"Logging", u"OutputDebugStringPrefixLen", 32), kWidestPrefix);
   return globals.storeLogSettings(read);
 }
 

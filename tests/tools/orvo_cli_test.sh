@@ -18,8 +18,10 @@ expect() {  # expect EXIT EXPECTED_OUTPUT -- ARGS...
 }
 
 expect 0 '{"result":"b of a"}' -- call StringUtilities.ExpandString '%1 of %0' '["a","b"]'
-expect 0 '{"result":true,"byref":{"Index":1}}' -- call MathsUtilities.IsLongInArray 5 '[1,5,5]'
-expect 0 '{"result":false,"byref":{"Index":0}}' -- call MathsUtilities.IsLongInArray 5 '[1,5,5]' 'Forwards:=false'
+expect 0 '{"result":true,"byref":{"Index":1}}' -- call MathsUtilities.IsLongInArray 5 '[1,5,5]' Index:=0
+expect 0 '{"result":false,"byref":{"Index":0}}' -- call MathsUtilities.IsLongInArray 5 '[1,5,5]' 'Forwards:=false' Index:=0
+# An optional answer the caller did not ask for is neither worked out nor shown.
+expect 0 '{"result":true}' -- call MathsUtilities.IsLongInArray 5 '[1,5,5]'
 expect 1 '{"error":{"number":-2147220991,"description":"Maximum number of valid sig figs is 14\r\nError handled by dSigFigs","source":""}}' -- call MathsUtilities.RoundToNumSigFigs 1 15
 expect 1 '{"error":{"number":13,"description":"Type mismatch","source":""}}' -- call MathsUtilities.RoundUp abc
 expect 1 '{"error":{"number":438,"description":"Object doesn'"'"'t support this property or method: MathsUtilities.NoSuchThing","source":"orvo"}}' -- call MathsUtilities.NoSuchThing

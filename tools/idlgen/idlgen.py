@@ -368,10 +368,21 @@ def gen_registry(classes):
                     # A Variant needs no coercion: the member works on the argument itself.
                     ref = "Variant&" if p.inout else "const Variant&"
                     out.append(f"  {ref} {v} = a[{i}];")
-                    call_args.append(("&" if p.inout and p.optional else "") + v)
+                    # An optional argument the caller did not pass reaches the member as not
+                    # passed (null), as IsMissing tells the original's code.
+                    if p.inout and p.optional:
+                        call_args.append(f"a[{i}].isMissing() ? nullptr : &{v}")
+                    else:
+                        call_args.append(v)
+                elif p.inout and p.optional:
+                    t = p.value_type()
+                    out.append(f"  const bool given{i} = !a[{i}].isMissing();")
+                    out.append(f"  {t} {v} = given{i} ? coerce<{t}>(a[{i}]) : {t}{{}};")
+                    call_args.append(f"given{i} ? &{v} : nullptr")
+                    after.append(f"  if (given{i}) a[{i}] = toVariant(std::move({v}));")
                 elif p.inout:
                     out.append(f"  {p.value_type()} {v} = coerce<{p.value_type()}>(a[{i}]);")
-                    call_args.append(("&" if p.optional else "") + v)
+                    call_args.append(v)
                     after.append(f"  a[{i}] = toVariant(std::move({v}));")
                 elif p.value_type() == "String":
                     # The argument list belongs to this call: text passed by value moves.
