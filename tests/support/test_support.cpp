@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
@@ -27,35 +28,22 @@ String unescape(const std::string& field) {
       continue;
     }
     const char next = field[++i];
-    switch (next) {
-      case '\\':
-        utf8 += '\\';
-        break;
-      case 't':
-        utf8 += '\t';
-        break;
-      case 'n':
-        utf8 += '\n';
-        break;
-      case 'r':
-        utf8 += '\r';
-        break;
-      case '0':
-        utf8 += '\0';
-        break;
-      case 'u': {
-        const auto close = field.find('}', i);
-        if (i + 1 >= field.size() || field[i + 1] != '{' || close == std::string::npos) {
-          throw std::runtime_error("bad \\u escape in golden field: " + field);
-        }
-        flush();
-        out += static_cast<char16_t>(std::stoul(field.substr(i + 2, close - i - 2), nullptr, 16));
-        i = close;
-        break;
+    // The one-letter escapes, each standing for the character at the same place in `to`.
+    static constexpr std::string_view from = "\\tnr0";
+    static constexpr std::string_view to = {"\\\t\n\r\0", 5};
+    if (const auto at = from.find(next); at != std::string_view::npos) {
+      utf8 += to[at];
+    } else if (next != 'u') {
+      utf8 += '\\';
+      utf8 += next;
+    } else {
+      const auto close = field.find('}', i);
+      if (i + 1 >= field.size() || field[i + 1] != '{' || close == std::string::npos) {
+        throw std::runtime_error("bad \\u escape in golden field: " + field);
       }
-      default:
-        utf8 += '\\';
-        utf8 += next;
+      flush();
+      out += static_cast<char16_t>(std::stoul(field.substr(i + 2, close - i - 2), nullptr, 16));
+      i = close;
     }
   }
   flush();
@@ -94,6 +82,34 @@ std::vector<GoldenRow> readGolden(const std::string& fileName) {
 
 std::vector<GoldenRow> readTestData(const std::string& fileName) {
   return readRows(ORVO_TEST_DATA_DIR, fileName);
+}
+
+std::vector<GoldenRow> readTable(const std::string& fileName, std::size_t columns) {
+  auto rows = readTestData(fileName);
+  if (rows.empty()) throw std::runtime_error("no cases in " + fileName);
+  for (const auto& row : rows) {
+    if (row.fields.size() != columns) {
+      throw std::runtime_error(fileName + " line " + std::to_string(row.line) + ": " +
+                               std::to_string(row.fields.size()) + " fields");
+    }
+  }
+  return rows;
+}
+
+std::int64_t integerOf(const String& field) {
+  const std::string text = toUtf8(field);
+  const bool hex = text.starts_with("0x") || text.starts_with("-0x");
+  return std::stoll(text, nullptr, hex ? 16 : 10);
+}
+
+std::vector<String> split(const String& field, char16_t separator) {
+  std::vector<String> parts;
+  for (std::size_t start = 0; start < field.size();) {
+    const auto end = std::min(field.find(separator, start), field.size());
+    parts.push_back(field.substr(start, end - start));
+    start = end + 1;
+  }
+  return parts;
 }
 
 double parseHexDouble(const String& field) { return std::strtod(toUtf8(field).c_str(), nullptr); }

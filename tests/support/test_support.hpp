@@ -24,6 +24,15 @@ struct GoldenRow {
 std::vector<GoldenRow> readGolden(const std::string& fileName);  // relative to tests/golden
 // The same format for the tests' own tables of cases, relative to tests/data.
 std::vector<GoldenRow> readTestData(const std::string& fileName);
+// A table of cases whose every row has exactly `columns` fields. An empty table or a row of
+// another width throws, so a damaged file fails its test instead of checking nothing.
+std::vector<GoldenRow> readTable(const std::string& fileName, std::size_t columns);
+// A whole-number field: decimal, or hexadecimal after "0x".
+std::int64_t integerOf(const String& field);
+// The parts of a field between separators ("" gives none).
+std::vector<String> split(const String& field, char16_t separator);
+// "<none>" in a table stands for no value: an unset variable, an absent result.
+inline bool isNone(const String& field) { return field == u"<none>"; }
 double parseHexDouble(const String& field);  // C99 "%a" text
 // A field that stands for bytes ("\u{FF}" one byte): each code unit one byte, none above 0xFF.
 std::string bytesOf(const String& field);
@@ -33,6 +42,9 @@ std::string bytesOf(const String& field);
 class ScopedEnvironment {
  public:
   ScopedEnvironment(const char* name, const char* value);
+  // The value of a table's field: "<none>" unsets the variable.
+  ScopedEnvironment(const char* name, const String& field)
+      : ScopedEnvironment(name, isNone(field) ? nullptr : toUtf8(field).c_str()) {}
   ~ScopedEnvironment();
   ScopedEnvironment(const ScopedEnvironment&) = delete;
   ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
