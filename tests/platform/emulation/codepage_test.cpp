@@ -21,23 +21,19 @@
 namespace orvo::platform {
 namespace {
 
-std::string bytesOf(const std::string& hex) {
-  std::string out;
-  if (hex == "-") return out;
-  for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
-    out += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+// Hexadecimal text as bytes or code units, two or four digits each; "-" is none.
+template <typename Text>
+Text unitsOf(const std::string& hex) {
+  using Unit = typename Text::value_type;
+  constexpr std::size_t width = 2 * sizeof(Unit);
+  Text out;
+  for (std::size_t i = 0; hex != "-" && i + width <= hex.size(); i += width) {
+    out += static_cast<Unit>(std::stoi(hex.substr(i, width), nullptr, 16));
   }
   return out;
 }
-
-String unitsOf(const std::string& hex) {
-  String out;
-  if (hex == "-") return out;
-  for (std::size_t i = 0; i + 3 < hex.size(); i += 4) {
-    out += static_cast<char16_t>(std::stoi(hex.substr(i, 4), nullptr, 16));
-  }
-  return out;
-}
+const auto bytesOf = unitsOf<std::string>;
+const auto wideOf = unitsOf<String>;
 
 std::vector<std::string> fields(const std::string& line) {
   std::vector<std::string> out;
@@ -107,7 +103,7 @@ TEST(CodePageGolden, EveryRecordedEntryOfEveryAnsiCodePage) {
     }
     for (const auto& [byte, units] : r.m2w1) {
       const String got = multiByteToWide(cp, std::string(1, static_cast<char>(byte)));
-      if (got != unitsOf(units) && ++wrong <= 5) {
+      if (got != wideOf(units) && ++wrong <= 5) {
         ADD_FAILURE() << cp << " byte " << std::hex << byte << " gave " << test::show(got);
       }
     }
@@ -115,18 +111,18 @@ TEST(CodePageGolden, EveryRecordedEntryOfEveryAnsiCodePage) {
       const std::string input{static_cast<char>(pair >> 8), static_cast<char>(pair & 0xFF)};
       // A pair that does not hold together is its lead byte alone and then the trail byte.
       const String want = unit == "-"
-                              ? unitsOf(r.m2w1.at(pair >> 8)) + unitsOf(r.m2w1.at(pair & 0xFF))
-                              : unitsOf(unit);
+                              ? wideOf(r.m2w1.at(pair >> 8)) + wideOf(r.m2w1.at(pair & 0xFF))
+                              : wideOf(unit);
       const String got = multiByteToWide(cp, input);
       if (got != want && ++wrong <= 5) {
         ADD_FAILURE() << cp << " pair " << std::hex << pair << " gave " << test::show(got);
       }
     }
     for (const auto& [bytes, units] : r.seqm) {
-      EXPECT_EQ(multiByteToWide(cp, bytesOf(bytes)), unitsOf(units)) << cp << " " << bytes;
+      EXPECT_EQ(multiByteToWide(cp, bytesOf(bytes)), wideOf(units)) << cp << " " << bytes;
     }
     for (const auto& [units, bytes] : r.seqw) {
-      EXPECT_EQ(wideToMultiByte(cp, unitsOf(units)), bytesOf(bytes)) << cp << " " << units;
+      EXPECT_EQ(wideToMultiByte(cp, wideOf(units)), bytesOf(bytes)) << cp << " " << units;
     }
     EXPECT_EQ(wrong, 0) << cp;
   }
@@ -144,7 +140,7 @@ TEST(CodePageGolden, Utf8AsThePlatformConvertsIt) {
     if (f[0] == "m2w") {
       const std::string input = bytesOf(f[2]);
       const String got = multiByteToWide(kCodePageUtf8, input);
-      const String want = unitsOf(f[4]);
+      const String want = wideOf(f[4]);
       // Wine loses the bytes after a lead byte whose sequence the input cuts short (E2 41 gives
       // U+FFFD alone); the platform's own published answers keep them (E0 20 C0 00 gives
       // FFFD 0020 FFFD 0000), and so does the library: one U+FFFD, then the rest read again.
@@ -155,8 +151,7 @@ TEST(CodePageGolden, Utf8AsThePlatformConvertsIt) {
       }
       EXPECT_EQ(test::show(got), test::show(want)) << f[1] << " " << f[2];
     } else {
-      EXPECT_EQ(wideToMultiByte(kCodePageUtf8, unitsOf(f[2])), bytesOf(f[4]))
-          << f[1] << " " << f[2];
+      EXPECT_EQ(wideToMultiByte(kCodePageUtf8, wideOf(f[2])), bytesOf(f[4])) << f[1] << " " << f[2];
     }
   }
   EXPECT_GT(rows, 1500);
@@ -202,12 +197,6 @@ TEST(CodePageTest, Utf8EncodingOfEveryMixOfCharacterWidths) {
     ASSERT_EQ(wideToMultiByte(kCodePageUtf8, text), test::referenceUtf8(text)) << round;
   }
 }
-
-}  // namespace
-}  // namespace orvo::platform
-
-namespace orvo::platform {
-namespace {
 
 // A page nothing can convert is not an error here: the conversions give nothing, as the
 // platform's do, and the callers that took the page from outside decide what that means.
