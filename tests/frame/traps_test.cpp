@@ -19,8 +19,6 @@ namespace {
 using test::show;
 using test::TraceCapture;
 
-using test::RecordingUserInterface;
-
 class FrameTest : public ::testing::Test {
  protected:
   void SetUp() override { frame::StaticGlobals::instance().resetForTesting(); }
@@ -89,12 +87,10 @@ TEST_F(FrameTest, LibraryErrorsAndForeignExceptionsSurfaceAsNumberedErrors) {
 }
 
 TEST_F(FrameTest, MessageBoxFormShowsTheReportAndReturns) {
-  auto ui = std::make_shared<RecordingUserInterface>();
-  const auto previous = setUserInterface(ui);
+  const test::ScopedRecordingUserInterface ui;
   TraceCapture trace;
   const int result =
       frame::trapAndShow(u"KeyPress", 42, []() -> int { runtime::raise(runtime::errOverflow); });
-  setUserInterface(previous);
   EXPECT_EQ(result, 42);
   ASSERT_EQ(ui->boxes.size(), 1U);
   EXPECT_EQ(show(ui->boxes[0].text),
