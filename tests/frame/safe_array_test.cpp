@@ -83,11 +83,7 @@ TEST(SafeArrayTest, ElementsAreStoredByTheirType) {
 // Every element type has its store, and a ReDim'd element is that type's zero; types without a
 // store of their own keep variants.
 TEST(SafeArrayTest, AFreshElementIsTheZeroOfItsType) {
-  struct Case {
-    VarType type;
-    Variant fresh;
-  };
-  const Case cases[] = {
+  const std::pair<VarType, Variant> cases[] = {
       {VarType::Empty, Variant()},
       {VarType::Null, Variant()},
       {VarType::Integer, Variant(std::int16_t{0})},
@@ -101,13 +97,12 @@ TEST(SafeArrayTest, AFreshElementIsTheZeroOfItsType) {
       {VarType::Error, Variant()},
       {VarType::Boolean, Variant(VBool::False)},
       {VarType::Variant, Variant()},
-      {VarType::Byte, Variant(std::uint8_t{0})},
-  };
-  for (const auto& c : cases) {
-    SafeArray a(c.type);
+      {VarType::Byte, Variant(std::uint8_t{0})}};
+  for (const auto& [type, fresh] : cases) {
+    SafeArray a(type);
     a.redim(0, 1);
-    EXPECT_EQ(a.get(1), c.fresh) << typeName(c.type);
-    EXPECT_EQ(a.get(1).type(), c.fresh.type()) << typeName(c.type);
+    EXPECT_EQ(a.get(1), fresh) << typeName(type);
+    EXPECT_EQ(a.get(1).type(), fresh.type()) << typeName(type);
   }
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "support/test_support.hpp"
 
 namespace orvo {
@@ -28,12 +30,8 @@ TEST(VariantTest, CopiesOfArraysAreIndependent) {
 }
 
 TEST(VariantTest, TypesAndMissing) {
-  struct Case {
-    Variant v;
-    VarType type;
-    bool numeric;
-  };
-  const Case cases[] = {
+  // Each kind of value, its type and whether it counts as numeric.
+  const std::tuple<Variant, VarType, bool> cases[] = {
       {Variant(), VarType::Empty, true},
       {Variant(Null{}), VarType::Null, false},
       {Variant(std::int16_t{1}), VarType::Integer, true},
@@ -47,11 +45,10 @@ TEST(VariantTest, TypesAndMissing) {
       {Variant(std::uint8_t{1}), VarType::Byte, true},
       {Variant(std::shared_ptr<Object>()), VarType::Object, false},
       {Variant(ErrorCode{1}), VarType::Error, false},
-      {Variant::array({Variant(1.0)}), VarType::Variant, false},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(c.v.type(), c.type) << typeName(c.type);
-    EXPECT_EQ(c.v.isNumeric(), c.numeric) << typeName(c.type);
+      {Variant::array({Variant(1.0)}), VarType::Variant, false}};
+  for (const auto& [v, type, numeric] : cases) {
+    EXPECT_EQ(v.type(), type) << typeName(type);
+    EXPECT_EQ(v.isNumeric(), numeric) << typeName(type);
   }
   EXPECT_TRUE(Variant::missing().isMissing());
   EXPECT_FALSE(Variant(ErrorCode{5}).isMissing());

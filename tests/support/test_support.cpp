@@ -61,13 +61,10 @@ std::vector<GoldenRow> readRows(const std::string& directory, const std::string&
     if (line.empty() || line[0] == '#') continue;
     GoldenRow row;
     row.line = number;
-    std::size_t start = 0;
-    while (true) {
-      const auto tab = line.find('\t', start);
-      row.fields.push_back(
-          unescape(line.substr(start, tab == std::string::npos ? tab : tab - start)));
-      if (tab == std::string::npos) break;
-      start = tab + 1;
+    // Up to the next TAB; the last field runs to the end (npos - start takes the rest).
+    for (std::size_t start = 0, tab = 0; tab != std::string::npos; start = tab + 1) {
+      tab = line.find('\t', start);
+      row.fields.push_back(unescape(line.substr(start, tab - start)));
     }
     rows.push_back(std::move(row));
   }
@@ -125,19 +122,11 @@ std::string bytesOf(const String& field) {
 
 ScopedEnvironment::ScopedEnvironment(const char* name, const char* value) : name_(name) {
   if (const char* old = std::getenv(name)) previous_ = old;
-  if (value != nullptr) {
-    ::setenv(name, value, 1);
-  } else {
-    ::unsetenv(name);
-  }
+  (void)(value != nullptr ? ::setenv(name, value, 1) : ::unsetenv(name));
 }
 
 ScopedEnvironment::~ScopedEnvironment() {
-  if (previous_) {
-    ::setenv(name_.c_str(), previous_->c_str(), 1);
-  } else {
-    ::unsetenv(name_.c_str());
-  }
+  (void)(previous_ ? ::setenv(name_.c_str(), previous_->c_str(), 1) : ::unsetenv(name_.c_str()));
 }
 
 ScopedLocale::ScopedLocale(const char* localeName) : lcAll_("LC_ALL", localeName) {

@@ -29,7 +29,8 @@ std::vector<GoldenRow> readTestData(const std::string& fileName);
 std::vector<GoldenRow> readTable(const std::string& fileName, std::size_t columns);
 // A whole-number field: decimal, or hexadecimal after "0x".
 std::int64_t integerOf(const String& field);
-// The parts of a field between separators ("" gives none).
+// The parts of a field, each ended by a separator or the end: "" gives none, "a|" one, "|" one
+// empty part.
 std::vector<String> split(const String& field, char16_t separator);
 // "<none>" in a table stands for no value: an unset variable, an absent result.
 inline bool isNone(const String& field) { return field == u"<none>"; }

@@ -15,7 +15,9 @@ namespace {
 using test::show;
 
 TEST(PathsTest, SplitPathTakesPathsApart) {
-  for (const auto& row : test::readTable("split_path.tsv", 5)) {
+  const auto rows = test::readTable("split_path.tsv", 5);
+  ASSERT_GE(rows.size(), 15U);
+  for (const auto& row : rows) {
     const auto& f = row.fields;
     String drive = u"junk", dir = u"junk", name = u"junk", extension = u"junk";
     SplitPath(f[0], &drive, &dir, &name, &extension);

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -50,17 +51,12 @@ void expandInto(const std::vector<std::string>& f, std::map<unsigned, std::strin
   const std::string value = run ? f[3] : f[2];
   const bool step = run && f[4] == "+";
   for (unsigned k = 0; k < count; ++k) {
-    if (value == "-") {
-      into[key + k] = "-";
-      continue;
+    char hex[20] = "-";
+    if (value != "-") {
+      std::snprintf(hex, sizeof hex, "%0*llX", static_cast<int>(value.size()),
+                    std::stoull(value, nullptr, 16) + (step ? k : 0));
     }
-    const unsigned long long v = std::stoull(value, nullptr, 16) + (step ? k : 0);
-    std::ostringstream hex;
-    hex << std::uppercase << std::hex;
-    hex.width(static_cast<std::streamsize>(value.size()));
-    hex.fill('0');
-    hex << v;
-    into[key + k] = hex.str();
+    into[key + k] = hex;
   }
 }
 
