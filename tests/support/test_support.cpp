@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
@@ -107,6 +108,46 @@ std::vector<String> split(const String& field, char16_t separator) {
     start = end + 1;
   }
   return parts;
+}
+
+Variant variantOf(const String& field) {
+  const auto blank = std::min(field.find(u' '), field.size());
+  const String type = field.substr(0, blank);
+  const String value = blank < field.size() ? field.substr(blank + 1) : String();
+  if (type == u"Array") {
+    if (value.empty()) return Variant(SafeArray());
+    const auto colon = value.find(u':');
+    std::vector<Variant> items;
+    for (const String& item : split(value.substr(colon + 1), u'|'))
+      items.push_back(variantOf(item));
+    return Variant::array(std::move(items),
+                          static_cast<std::int32_t>(integerOf(value.substr(0, colon))));
+  }
+  const auto number = [&] { return integerOf(value); };
+  if (type == u"Empty") return Variant();
+  if (type == u"Null") return Variant(Null{});
+  if (type == u"Nothing") return Variant(std::shared_ptr<Object>());
+  if (type == u"Integer") return Variant(static_cast<std::int16_t>(number()));
+  if (type == u"Long") return Variant(static_cast<std::int32_t>(number()));
+  if (type == u"Byte") return Variant(static_cast<std::uint8_t>(number()));
+  if (type == u"Single") return Variant(static_cast<float>(parseHexDouble(value)));
+  if (type == u"Double") return Variant(parseHexDouble(value));
+  if (type == u"Currency")
+    return Variant(Currency{std::llround(parseHexDouble(value) * Currency::scale)});
+  if (type == u"Date") return Variant(Date{parseHexDouble(value)});
+  if (type == u"Boolean" && (value == u"True" || value == u"False")) {
+    return Variant(value == u"True" ? VBool::True : VBool::False);
+  }
+  if (type == u"Error") return Variant(ErrorCode{static_cast<std::int32_t>(number())});
+  if (type == u"String") return Variant(value);
+  throw std::runtime_error("not a variant in data field: " + toUtf8(field));
+}
+
+VarType varTypeOf(const String& name) {
+  for (int type = 0; type <= static_cast<int>(VarType::Byte); ++type) {
+    if (toUtf8(name) == typeName(static_cast<VarType>(type))) return static_cast<VarType>(type);
+  }
+  throw std::runtime_error("not a type name in data field: " + toUtf8(name));
 }
 
 double parseHexDouble(const String& field) { return std::strtod(toUtf8(field).c_str(), nullptr); }

@@ -12,6 +12,7 @@
 #include "orvogeneric/error.hpp"
 #include "orvogeneric/types.hpp"
 #include "orvogeneric/user_interface.hpp"
+#include "orvogeneric/variant.hpp"
 
 namespace orvo::test {
 
@@ -32,6 +33,14 @@ std::int64_t integerOf(const String& field);
 // The parts of a field, each ended by a separator or the end: "" gives none, "a|" one, "|" one
 // empty part.
 std::vector<String> split(const String& field, char16_t separator);
+// A variant in a table: a type's name and, after one blank, the value ("Integer 2", "Long -7",
+// "Byte 255", "Single 1.5", "Double 0x1p-3", "Currency 1.0001", "Date 1.5", "Boolean True",
+// "Error 5", "String any text"), or the name alone: "Empty", "Null", "Nothing" (no object),
+// "String" (no text). "Array" is an array never dimensioned; "Array 5:Long 1|String b" an
+// array of variants from lower bound 5, "Array 0:" one without elements.
+Variant variantOf(const String& field);
+// A VarType by its name.
+VarType varTypeOf(const String& name);
 // "<none>" in a table stands for no value: an unset variable, an absent result.
 inline bool isNone(const String& field) { return field == u"<none>"; }
 double parseHexDouble(const String& field);  // C99 "%a" text

@@ -70,28 +70,15 @@ TEST(MathsTest, ErrorsNameTheirProcedure) {
 }
 
 TEST(MathsTest, NumberInArraySearchesForwardsOnly) {
-  // Looking for 5: name, array, Forwards, result, Index (-7 when untouched).
-  const std::vector<std::tuple<const char*, Variant, VBool, VBool, std::int32_t>> cases = {
-      {"first match", arrayOf({1, 5, 5}), T, T, 1},
-      {"backwards looks at nothing", arrayOf({1, 5, 5}), F, F, -7},
-      {"backwards with one element", arrayOf({5}), F, T, 0},
-      {"backwards with one element, no match", arrayOf({4}), F, F, -7},
-      {"lower bound kept", arrayOf({9, 5}, 3), T, T, 4},
-      {"no match", arrayOf({1, 2}), T, F, -7},
-      {"no elements", arrayOf({}), T, F, -7},
-      {"never dimensioned", Variant(SafeArray()), T, F, -7},
-      {"numeric comparison, fractions are not equal", arrayOf({5.5, 5.0}), T, T, 1},
-      {"numeric text", arrayOf({u"5"}), T, T, 0},
-      {"null is no match", arrayOf({Null{}, 5}), T, T, 1},
-      {"a non-canonical true counts as forwards", arrayOf({1, 5}), static_cast<VBool>(1), T, 1},
-  };
-  for (const auto& [name, array, forwards, expected, expectedIndex] : cases) {
+  for (const auto& row : test::readTable("text/number_in_array.tsv", 5)) {
+    const auto& f = row.fields;
+    SCOPED_TRACE("data line " + std::to_string(row.line) + ": " + toUtf8(f[0]));
+    const Variant array = test::variantOf(f[1]);
+    const auto expected = std::pair(flagOf(f[3]), std::int32_t(test::integerOf(f[4])));
     std::int32_t index = -7;
-    VBool got = bIntegerInArray(5, array, &index, forwards);
-    EXPECT_EQ(std::pair(got, index), std::pair(expected, expectedIndex)) << name;
+    EXPECT_EQ(std::pair(bIntegerInArray(5, array, &index, flagOf(f[2])), index), expected);
     index = -7;
-    got = bLongInArray(5, array, &index, forwards);
-    EXPECT_EQ(std::pair(got, index), std::pair(expected, expectedIndex)) << name;
+    EXPECT_EQ(std::pair(bLongInArray(5, array, &index, flagOf(f[2])), index), expected);
   }
   EXPECT_EQ(bLongInArray(70000, arrayOf({1, 70000})), T);
 
