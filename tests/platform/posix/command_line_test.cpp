@@ -8,10 +8,11 @@ namespace orvo::platform {
 namespace {
 
 TEST(CommandLineTest, SplitsAsThePlatformsProgramsDo) {
-  for (const auto& row : test::readTable("platform/command_line.tsv", 2)) {
+  for (const auto& row : test::readTable("platform/command_line.tsv", 3)) {
     std::vector<std::string> args;
-    for (const String& arg : test::split(row.fields[1], u'|')) args.push_back(toUtf8(arg));
-    EXPECT_EQ(splitCommandLine(row.fields[0]), args) << "data line " << row.line;
+    for (const String& arg : test::split(row.fields[2], u'|')) args.push_back(toUtf8(arg));
+    EXPECT_EQ(splitCommandLine(row.fields[1]), args)
+        << "data line " << row.line << ": " << toUtf8(row.fields[0]);
   }
 }
 
