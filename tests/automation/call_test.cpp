@@ -20,38 +20,20 @@ TEST(CallTest, ChoosesTheMethodThePropertyReadOrTheLet) {
   StringUtilities text;
   FileSubs files;
   const String eol = files.EOL();
-  struct Case {
-    const char* name;
-    Object& object;
-    std::string member;
-    std::vector<Variant> args;
-    std::optional<Variant> let;
-    Variant result;
+  const auto result = [](Object& object, std::string member, std::vector<Variant> args,
+                         std::optional<Variant> let = std::nullopt) {
+    const CallResult r = call(object, member, std::move(args), {}, std::move(let), u"host");
+    EXPECT_TRUE(r.byref.empty()) << member;
+    return r.result;
   };
-  // In order: the let rows change the property the rows after them read.
-  const std::vector<Case> cases = {
-      {"a method", text, "EncodeQuotes", {Variant(u"it's")}, std::nullopt, Variant(u"it`s")},
-      {"a property read where there is no method",
-       text,
-       "bannedcharextender_allowed",
-       {},
-       std::nullopt,
-       Variant(u"allowed:")},
-      {"a let assigns", files, "EOL", {}, Variant(u"|"), Variant()},
-      {"a read without a let reads", files, "EOL", {}, std::nullopt, Variant(u"|")},
-      {"a let does not use the arguments",
-       files,
-       "eol",
-       {Variant(u"ignored")},
-       Variant(u"#"),
-       Variant()},
-      {"the let's value is the one kept", files, "EOL", {}, std::nullopt, Variant(u"#")},
-  };
-  for (const auto& c : cases) {
-    const CallResult r = call(c.object, c.member, c.args, {}, c.let, u"host");
-    EXPECT_TRUE(r.result == c.result) << c.name;
-    EXPECT_TRUE(r.byref.empty()) << c.name;
-  }
+  EXPECT_TRUE(result(text, "EncodeQuotes", {Variant(u"it's")}) == Variant(u"it`s")) << "a method";
+  EXPECT_TRUE(result(text, "bannedcharextender_allowed", {}) == Variant(u"allowed:"))
+      << "a property read where there is no method";
+  EXPECT_TRUE(result(files, "EOL", {}, Variant(u"|")) == Variant()) << "a let assigns";
+  EXPECT_TRUE(result(files, "EOL", {}) == Variant(u"|")) << "a read without a let reads";
+  EXPECT_TRUE(result(files, "eol", {Variant(u"ignored")}, Variant(u"#")) == Variant())
+      << "a let does not use the arguments";
+  EXPECT_TRUE(result(files, "EOL", {}) == Variant(u"#")) << "the let's value is the one kept";
   files.EOL(eol);
 }
 
@@ -83,71 +65,40 @@ TEST(CallTest, ByReferenceResultsLeaveOutOnlyTheArraysTheCallDidNotChange) {
   MathsUtilities maths;
   FileSubs files;
   const Variant numbers = Variant::array({Variant(1.0), Variant(5.0), Variant(5.0)});
-  struct Case {
-    const char* name;
-    Object& object;
-    std::string member;
-    std::vector<Variant> args;
-    std::vector<NamedArgument> named;
-    std::vector<std::pair<std::string, Variant>> byref;
+  const Variant five(5.0);
+  using Byref = std::vector<std::pair<std::string, Variant>>;
+  const auto byref = [](Object& object, std::string member, std::vector<Variant> args,
+                        std::vector<NamedArgument> named = {}) {
+    return call(object, member, std::move(args), std::move(named), std::nullopt, u"host").byref;
   };
-  const std::vector<Case> cases = {
-      {"an array only read",
-       maths,
-       "IsLongInArray",
-       {Variant(5.0), numbers},
-       {},
-       {{"Index", Variant(std::int32_t{1})}}},
-      {"an array only read, named in another case",
-       maths,
-       "IsLongInArray",
-       {Variant(5.0)},
-       {{"VARRAY", numbers}},
-       {{"Index", Variant(std::int32_t{1})}}},
-      {"an array read by a search that fails",
-       maths,
-       "IsLongInArray",
-       {Variant(7.0), numbers},
-       {},
-       {{"Index", Variant(std::int32_t{0})}}},
-      {"an array the call replaces",
-       files,
-       "TextToLines",
-       {Variant(u"a\r\nb"), strings({u"x"})},
-       {},
-       {{"text", Variant(u"a\nb")},
-        {"Lines", strings({u"a", u"b"})},
-        {"NumLines", Variant(std::int32_t{2})}}},
-      {"an array written back equal",
-       files,
-       "TextToLines",
-       {Variant(u"a"), strings({u"a"})},
-       {},
-       {{"text", Variant(u"a")}, {"NumLines", Variant(std::int32_t{1})}}},
-      {"a scalar left as it was",
-       text,
-       "CorrectDLLStringForDBCS",
-       {Variant(u"abc")},
-       {},
-       {{"ToCorrect", Variant(u"abc")}}},
-      {"omitted in/out parameters",
-       text,
-       "SplitPath",
-       {Variant(u"C:\\d\\f.txt")},
-       {},
-       {{"Drive", Variant(u"C:")},
-        {"Dir", Variant(u"\\d\\")},
-        {"Name", Variant(u"f")},
-        {"Extension", Variant(u".txt")}}},
-  };
-  for (const auto& c : cases) {
-    const CallResult r = call(c.object, c.member, c.args, c.named, std::nullopt, u"host");
-    ASSERT_EQ(r.byref.size(), c.byref.size()) << c.name;
-    for (std::size_t i = 0; i < c.byref.size(); ++i) {
-      EXPECT_EQ(r.byref[i].first, c.byref[i].first) << c.name;
-      EXPECT_TRUE(r.byref[i].second == c.byref[i].second) << c.name << ": " << r.byref[i].first;
-    }
-  }
+  const auto index = [](std::int32_t i) { return Byref{{"Index", Variant(i)}}; };
+  const auto lines = [](std::int32_t n) { return std::pair{std::string("NumLines"), Variant(n)}; };
+  const NamedArgument askIndex{"Index", Variant(0)};
+  const NamedArgument askLines{"NumLines", Variant(0)};
+  // An array only read, named in another case, or read by a search that fails.
+  EXPECT_EQ(byref(maths, "IsLongInArray", {five, numbers}, {askIndex}), index(1));
+  EXPECT_EQ(byref(maths, "IsLongInArray", {five}, {{"VARRAY", numbers}, askIndex}), index(1));
+  EXPECT_EQ(byref(maths, "IsLongInArray", {Variant(7.0), numbers}, {askIndex}), index(0));
+  // An array the call replaces, and one written back equal.
+  EXPECT_EQ(byref(files, "TextToLines", {Variant(u"a\r\nb"), strings({u"x"})}, {askLines}),
+            (Byref{{"text", Variant(u"a\nb")}, {"Lines", strings({u"a", u"b"})}, lines(2)}));
+  EXPECT_EQ(byref(files, "TextToLines", {Variant(u"a"), strings({u"a"})}, {askLines}),
+            (Byref{{"text", Variant(u"a")}, lines(1)}));
+  // A scalar left as it was, and omitted in/out parameters.
+  EXPECT_EQ(byref(text, "CorrectDLLStringForDBCS", {Variant(u"abc")}),
+            (Byref{{"ToCorrect", Variant(u"abc")}}));
+  // Optional answers come back when asked for, and only then.
+  EXPECT_EQ(byref(maths, "IsLongInArray", {five, numbers}), Byref{});
+  EXPECT_EQ(byref(text, "SplitPath", {Variant(u"C:\\d\\f.txt")}), Byref{});
+  EXPECT_EQ(byref(text, "SplitPath", {Variant(u"C:\\d\\f.txt")},
+                  {{"Drive", Variant(u"")},
+                   {"Dir", Variant(u"")},
+                   {"Name", Variant(u"")},
+                   {"Extension", Variant(u"")}}),
+            (Byref{{"Drive", Variant(u"C:")},
+                   {"Dir", Variant(u"\\d\\")},
+                   {"Name", Variant(u"f")},
+                   {"Extension", Variant(u".txt")}}));
 }
 
 }  // namespace

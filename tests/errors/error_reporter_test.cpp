@@ -47,32 +47,12 @@ class ErrorReports : public test::FilesTest {
 };
 
 TEST_F(ErrorReports, ReportText) {
-  struct Case {
-    std::int32_t number;
-    const char16_t* extra;
-    String expected;
-  };
-  const Case cases[] = {
-      {5, u"", u"VB error number: 5, What\r\nError source: Src\r\nProcedure: Proc"},
-      {static_cast<std::int32_t>(0x80040000U), u"",
-       u"VB error number: -2147221504 (0), What\r\nError source: Src\r\nProcedure: Proc"},
-      {static_cast<std::int32_t>(0x8004FFFFU), u"",
-       u"VB error number: -2147155969 (65535), What\r\nError source: Src\r\nProcedure: Proc"},
-      {static_cast<std::int32_t>(0x80050000U), u"",
-       u"VB error number: -2147155968, What\r\nError source: Src\r\nProcedure: Proc"},
-      {static_cast<std::int32_t>(0x7FFFFFFFU), u"more",
-       u"more\r\nVB error number: 2147483647, What\r\nError source: Src\r\nProcedure: Proc"},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(errorReportText(Error(c.number, u"What", u"Src"), u"Proc", c.extra), c.expected)
-        << c.number;
+  for (const auto& row : test::readTestData("errors/report_text.tsv", 6)) {
+    const auto& f = row.fields;
+    const Error e(static_cast<std::int32_t>(test::integerOf(f[0])), f[1], f[2]);
+    EXPECT_EQ(test::show(errorReportText(e, f[3], f[4])), test::show(f[5]))
+        << "data line " << row.line;
   }
-  EXPECT_EQ(
-      errorReportText(Error(static_cast<std::int32_t>(0x8004F138U),
-                            u"Cannot locate language support file 'x.dll'", u"orvoGeneric DLL"),
-                      u"Init", u""),
-      u"VB error number: -2147159752 (61752), Cannot locate language support file 'x.dll'"
-      u"\r\nError source: orvoGeneric DLL\r\nProcedure: Init");
   EXPECT_EQ(messageReportText(u"Proc", u"Plain"), u"Plain\r\nProcedure: Proc");
 }
 

@@ -18,24 +18,18 @@ namespace {
 
 using test::TraceCapture;
 
-using RecordingBoxes = test::RecordingUserInterface;
-
 class ParentApp : public test::FilesTest {
  protected:
   void SetUp() override {
     FilesTest::SetUp();
     StaticGlobals::instance().resetForTesting();
-    ui_ = std::make_shared<RecordingBoxes>();
-    previous_ = setUserInterface(ui_);
   }
   void TearDown() override {
-    setUserInterface(previous_);
     StaticGlobals::instance().resetForTesting();
     FilesTest::TearDown();
   }
   String base() const { return fromUtf8(dir_.string()); }
-  std::shared_ptr<RecordingBoxes> ui_;
-  std::shared_ptr<UserInterface> previous_;
+  test::ScopedRecordingUserInterface ui_;
 };
 
 TEST_F(ParentApp, TheFirstInitialisationWinsAndLaterOnesAreTraced) {
@@ -58,13 +52,6 @@ TEST_F(ParentApp, TheFirstInitialisationWinsAndLaterOnesAreTraced) {
   EXPECT_EQ(trace.messages().size(), 2U);
   EXPECT_EQ(sParentAppPath(), base() + u"/");
   EXPECT_TRUE(ui_->boxes.empty());
-}
-
-TEST_F(ParentApp, AccessorsAddOneSeparator) {
-  INI ini;
-  ini.InitialiseAppProperties(base(), u"Model");
-  EXPECT_EQ(sParentAppPath(), base() + u"/");
-  EXPECT_EQ(sParentAppPathAndEXEName(), base() + u"/Model");
 }
 
 // The expected block is the data file's, filled in with the version fields the build was
@@ -102,7 +89,6 @@ TEST_F(ParentApp, BadArgumentsStoreNothingAndTheExecutableIsUsed) {
       {u"", u"Model"},
       {base(), u""},
   };
-  String drive, dir, name;
   const String exe = platform::executablePath();
   for (const auto& c : cases) {
     StaticGlobals::instance().resetForTesting();
@@ -147,6 +133,7 @@ TEST_F(ParentApp, ATitleIsTrimmedAndReplacedByInitialisation) {
   EXPECT_FALSE(StaticGlobals::instance().parentAppInitialised());
   ini.InitialiseAppProperties(base(), u"Model");
   EXPECT_EQ(sParentAppTitle(), u"Model");
+  EXPECT_EQ(sParentAppPathAndEXEName(), base() + u"/Model") << "one separator added";
   ini.SetAppTitle(u"Later");
   EXPECT_EQ(sParentAppTitle(), u"Later");
 }

@@ -30,43 +30,19 @@ TEST(VariantTest, NeverDimensionedDiffersFromEmptyArray) {
 
 TEST(SafeArrayTest, ElementsAreStoredByTheirType) {
   test::ScopedLocale locale("en_US.UTF-8");
-  struct Case {
-    VarType type;
-    Variant assigned;
-    Variant stored;  // what reading the element back gives; Empty: the assignment raises
-    std::int32_t error;
-  };
-  const Case cases[] = {
-      {VarType::Byte, Variant(std::int32_t{255}), Variant(std::uint8_t{255}), 0},
-      {VarType::Byte, Variant(std::int32_t{256}), {}, 6},
-      {VarType::Byte, Variant(u"12"), Variant(std::uint8_t{12}), 0},
-      {VarType::Integer, Variant(2.5), Variant(std::int16_t{2}), 0},  // halves to even
-      {VarType::Integer, Variant(40000.0), {}, 6},
-      {VarType::Long, Variant(u"x"), {}, 13},
-      {VarType::Long, Variant(VBool::True), Variant(std::int32_t{-1}), 0},
-      {VarType::Double, Variant(u"1.5"), Variant(1.5), 0},
-      {VarType::String, Variant(1.5), Variant(u"1.5"), 0},
-      {VarType::String, Variant(Null{}), {}, 94},
-      {VarType::String, Variant::array({}), {}, 13},
-      {VarType::Boolean, Variant(u"true"), Variant(VBool::True), 0},
-      {VarType::Currency, Variant(u"1.00005"), Variant(Currency{10000}), 0},
-      {VarType::Variant, Variant(u"anything"), Variant(u"anything"), 0},
-      {VarType::Variant, Variant::array({Variant(1.0)}), Variant::array({Variant(1.0)}), 0},
-      {VarType::Object, Variant(1.0), {}, 13},
-  };
-  for (const auto& c : cases) {
-    SafeArray a(c.type);
+  for (const auto& row : test::readTestData("frame/safe_array_assignments.tsv", 4)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
+    const VarType type = test::varTypeOf(row.fields[0]);
+    const Variant assigned = test::variantOf(row.fields[1]);
+    const auto error = static_cast<std::int32_t>(test::integerOf(row.fields[3]));
+    SafeArray a(type);
     a.redim(1, 2);
     const Variant before = a.get(1);
-    const std::int32_t error = errorNumber([&] { a.set(1, c.assigned); });
-    EXPECT_EQ(error, c.error) << typeName(c.type);
-    if (c.error == 0) {
-      EXPECT_EQ(a.get(1), c.stored) << typeName(c.type);
-    } else {
-      EXPECT_EQ(a.get(1), before) << typeName(c.type) << ": a failed assignment changes nothing";
-    }
-    EXPECT_EQ(errorNumber([&] { a.set(3, c.assigned); }), 9);
-    EXPECT_EQ(a.elementType(), c.type);
+    EXPECT_EQ(errorNumber([&] { a.set(1, assigned); }), error);
+    EXPECT_EQ(a.get(1), error == 0 ? test::variantOf(row.fields[2]) : before)
+        << "a failed assignment changes nothing";
+    EXPECT_EQ(errorNumber([&] { a.set(3, assigned); }), 9);
+    EXPECT_EQ(a.elementType(), type);
   }
   // Only a Variant array hands out its elements as variants.
   SafeArray longs(0, std::vector<std::int32_t>{1, 2});
@@ -83,31 +59,12 @@ TEST(SafeArrayTest, ElementsAreStoredByTheirType) {
 // Every element type has its store, and a ReDim'd element is that type's zero; types without a
 // store of their own keep variants.
 TEST(SafeArrayTest, AFreshElementIsTheZeroOfItsType) {
-  struct Case {
-    VarType type;
-    Variant fresh;
-  };
-  const Case cases[] = {
-      {VarType::Empty, Variant()},
-      {VarType::Null, Variant()},
-      {VarType::Integer, Variant(std::int16_t{0})},
-      {VarType::Long, Variant(std::int32_t{0})},
-      {VarType::Single, Variant(0.0F)},
-      {VarType::Double, Variant(0.0)},
-      {VarType::Currency, Variant(Currency{0})},
-      {VarType::Date, Variant(Date{0})},
-      {VarType::String, Variant(String())},
-      {VarType::Object, Variant(std::shared_ptr<Object>())},
-      {VarType::Error, Variant()},
-      {VarType::Boolean, Variant(VBool::False)},
-      {VarType::Variant, Variant()},
-      {VarType::Byte, Variant(std::uint8_t{0})},
-  };
-  for (const auto& c : cases) {
-    SafeArray a(c.type);
+  for (const auto& row : test::readTestData("frame/safe_array_fresh.tsv", 2)) {
+    SafeArray a(test::varTypeOf(row.fields[0]));
     a.redim(0, 1);
-    EXPECT_EQ(a.get(1), c.fresh) << typeName(c.type);
-    EXPECT_EQ(a.get(1).type(), c.fresh.type()) << typeName(c.type);
+    const Variant fresh = test::variantOf(row.fields[1]);
+    EXPECT_EQ(a.get(1), fresh) << "data line " << row.line;
+    EXPECT_EQ(a.get(1).type(), fresh.type()) << "data line " << row.line;
   }
 }
 

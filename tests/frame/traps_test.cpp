@@ -19,8 +19,6 @@ namespace {
 using test::show;
 using test::TraceCapture;
 
-using test::RecordingUserInterface;
-
 class FrameTest : public ::testing::Test {
  protected:
   void SetUp() override { frame::StaticGlobals::instance().resetForTesting(); }
@@ -40,16 +38,11 @@ int outer() {
 
 TEST_F(FrameTest, ErrorThreeProceduresDeepKeepsNumberAndCollectsTheChain) {
   TraceCapture trace;
-  try {
-    outer();
-    FAIL() << "no error reached the caller";
-  } catch (const Error& e) {
-    EXPECT_EQ(e.number(), 9);
-    EXPECT_EQ(show(e.description()),
-              show(u"Subscript out of range\r\nError handled by Innermost\r\n"
-                   u"Error handled by Middle\r\nError handled by Outer"));
-    EXPECT_TRUE(e.source().empty());
-  }
+  const Error e = test::errorOf([] { outer(); });
+  EXPECT_EQ(e.number(), 9);
+  EXPECT_EQ(show(e.description()), show(u"Subscript out of range\r\nError handled by Innermost\r\n"
+                                        u"Error handled by Middle\r\nError handled by Outer"));
+  EXPECT_TRUE(e.source().empty());
   ASSERT_EQ(trace.messages().size(), 3U);
   EXPECT_EQ(show(trace.messages()[0]),
             show(u"Unexpected error (Innermost)\r\n9: Subscript out of range\r\n"
@@ -77,24 +70,18 @@ TEST_F(FrameTest, LibraryErrorsAndForeignExceptionsSurfaceAsNumberedErrors) {
        u"custom\r\nError handled by P"},
   };
   for (const auto& c : cases) {
-    try {
-      frame::trap(u"P", c.body);
-      ADD_FAILURE() << c.name << ": no error";
-    } catch (const Error& e) {
-      EXPECT_EQ(e.number(), c.number) << c.name;
-      EXPECT_EQ(show(e.description()), show(c.description)) << c.name;
-      EXPECT_TRUE(e.source().empty()) << c.name << ": a re-raised error carries no source";
-    }
+    const Error e = test::errorOf([&] { frame::trap(u"P", c.body); });
+    EXPECT_EQ(e.number(), c.number) << c.name;
+    EXPECT_EQ(show(e.description()), show(c.description)) << c.name;
+    EXPECT_TRUE(e.source().empty()) << c.name << ": a re-raised error carries no source";
   }
 }
 
 TEST_F(FrameTest, MessageBoxFormShowsTheReportAndReturns) {
-  auto ui = std::make_shared<RecordingUserInterface>();
-  const auto previous = setUserInterface(ui);
+  const test::ScopedRecordingUserInterface ui;
   TraceCapture trace;
   const int result =
       frame::trapAndShow(u"KeyPress", 42, []() -> int { runtime::raise(runtime::errOverflow); });
-  setUserInterface(previous);
   EXPECT_EQ(result, 42);
   ASSERT_EQ(ui->boxes.size(), 1U);
   EXPECT_EQ(show(ui->boxes[0].text),
@@ -106,14 +93,11 @@ TEST_F(FrameTest, MessageBoxFormShowsTheReportAndReturns) {
 
 TEST_F(FrameTest, ContextTrapExplainsUntranslatedFailuresOnly) {
   TraceCapture trace;
-  auto run = [](auto body) -> Error {
-    try {
+  const auto run = [](auto body) {
+    return test::errorOf([&] {
       frame::contextTrap(u"sParentAppPath",
                          u"Unexpected error retrieving the parent application path", body);
-    } catch (const Error& e) {
-      return e;
-    }
-    return Error(0, u"none");
+    });
   };
   const Error untranslated = run([] { runtime::raise(runtime::errFileNotFound); });
   EXPECT_EQ(untranslated.number(), 53);

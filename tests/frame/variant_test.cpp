@@ -28,30 +28,10 @@ TEST(VariantTest, CopiesOfArraysAreIndependent) {
 }
 
 TEST(VariantTest, TypesAndMissing) {
-  struct Case {
-    Variant v;
-    VarType type;
-    bool numeric;
-  };
-  const Case cases[] = {
-      {Variant(), VarType::Empty, true},
-      {Variant(Null{}), VarType::Null, false},
-      {Variant(std::int16_t{1}), VarType::Integer, true},
-      {Variant(std::int32_t{1}), VarType::Long, true},
-      {Variant(1.0F), VarType::Single, true},
-      {Variant(1.0), VarType::Double, true},
-      {Variant(Currency{1}), VarType::Currency, true},
-      {Variant(Date{1}), VarType::Date, true},
-      {Variant(u"1"), VarType::String, false},
-      {Variant(VBool::True), VarType::Boolean, true},
-      {Variant(std::uint8_t{1}), VarType::Byte, true},
-      {Variant(std::shared_ptr<Object>()), VarType::Object, false},
-      {Variant(ErrorCode{1}), VarType::Error, false},
-      {Variant::array({Variant(1.0)}), VarType::Variant, false},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(c.v.type(), c.type) << typeName(c.type);
-    EXPECT_EQ(c.v.isNumeric(), c.numeric) << typeName(c.type);
+  for (const auto& row : test::readTestData("frame/variant_types.tsv", 3)) {
+    const Variant v = test::variantOf(row.fields[0]);
+    EXPECT_EQ(v.type(), test::varTypeOf(row.fields[1])) << "data line " << row.line;
+    EXPECT_EQ(v.isNumeric(), row.fields[2] == u"T") << "data line " << row.line;
   }
   EXPECT_TRUE(Variant::missing().isMissing());
   EXPECT_FALSE(Variant(ErrorCode{5}).isMissing());

@@ -4,6 +4,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -28,35 +30,22 @@ String unescape(const std::string& field) {
       continue;
     }
     const char next = field[++i];
-    switch (next) {
-      case '\\':
-        utf8 += '\\';
-        break;
-      case 't':
-        utf8 += '\t';
-        break;
-      case 'n':
-        utf8 += '\n';
-        break;
-      case 'r':
-        utf8 += '\r';
-        break;
-      case '0':
-        utf8 += '\0';
-        break;
-      case 'u': {
-        const auto close = field.find('}', i);
-        if (i + 1 >= field.size() || field[i + 1] != '{' || close == std::string::npos) {
-          throw std::runtime_error("bad \\u escape in golden field: " + field);
-        }
-        flush();
-        out += static_cast<char16_t>(std::stoul(field.substr(i + 2, close - i - 2), nullptr, 16));
-        i = close;
-        break;
+    // The one-letter escapes, each standing for the character at the same place in `to`.
+    static constexpr std::string_view from = "\\tnr0";
+    static constexpr std::string_view to = {"\\\t\n\r\0", 5};
+    if (const auto at = from.find(next); at != std::string_view::npos) {
+      utf8 += to[at];
+    } else if (next != 'u') {
+      utf8 += '\\';
+      utf8 += next;
+    } else {
+      const auto close = field.find('}', i);
+      if (i + 1 >= field.size() || field[i + 1] != '{' || close == std::string::npos) {
+        throw std::runtime_error("bad \\u escape in golden field: " + field);
       }
-      default:
-        utf8 += '\\';
-        utf8 += next;
+      flush();
+      out += static_cast<char16_t>(std::stoul(field.substr(i + 2, close - i - 2), nullptr, 16));
+      i = close;
     }
   }
   flush();
@@ -74,13 +63,10 @@ std::vector<GoldenRow> readRows(const std::string& directory, const std::string&
     if (line.empty() || line[0] == '#') continue;
     GoldenRow row;
     row.line = number;
-    std::size_t start = 0;
-    while (true) {
-      const auto tab = line.find('\t', start);
-      row.fields.push_back(
-          unescape(line.substr(start, tab == std::string::npos ? tab : tab - start)));
-      if (tab == std::string::npos) break;
-      start = tab + 1;
+    // Up to the next TAB; the last field runs to the end (npos - start takes the rest).
+    for (std::size_t start = 0, tab = 0; tab != std::string::npos; start = tab + 1) {
+      tab = line.find('\t', start);
+      row.fields.push_back(unescape(line.substr(start, tab - start)));
     }
     rows.push_back(std::move(row));
   }
@@ -139,6 +125,56 @@ std::int64_t integerOf(const String& field) {
   }
   return text[0] == '-' ? static_cast<std::int64_t>(0 - magnitude)
                         : static_cast<std::int64_t>(magnitude);
+}
+
+std::vector<String> split(const String& field, char16_t separator) {
+  std::vector<String> parts;
+  for (std::size_t start = 0; start < field.size();) {
+    const auto end = std::min(field.find(separator, start), field.size());
+    parts.push_back(field.substr(start, end - start));
+    start = end + 1;
+  }
+  return parts;
+}
+
+Variant variantOf(const String& field) {
+  const auto blank = std::min(field.find(u' '), field.size());
+  const String type = field.substr(0, blank);
+  const String value = blank < field.size() ? field.substr(blank + 1) : String();
+  if (type == u"Array") {
+    if (value.empty()) return Variant(SafeArray());
+    const auto colon = value.find(u':');
+    std::vector<Variant> items;
+    for (const String& item : split(value.substr(colon + 1), u'|'))
+      items.push_back(variantOf(item));
+    return Variant::array(std::move(items),
+                          static_cast<std::int32_t>(integerOf(value.substr(0, colon))));
+  }
+  const auto number = [&] { return integerOf(value); };
+  if (type == u"Empty") return Variant();
+  if (type == u"Null") return Variant(Null{});
+  if (type == u"Nothing") return Variant(std::shared_ptr<Object>());
+  if (type == u"Integer") return Variant(static_cast<std::int16_t>(number()));
+  if (type == u"Long") return Variant(static_cast<std::int32_t>(number()));
+  if (type == u"Byte") return Variant(static_cast<std::uint8_t>(number()));
+  if (type == u"Single") return Variant(static_cast<float>(parseHexDouble(value)));
+  if (type == u"Double") return Variant(parseHexDouble(value));
+  if (type == u"Currency")
+    return Variant(Currency{std::llround(parseHexDouble(value) * Currency::scale)});
+  if (type == u"Date") return Variant(Date{parseHexDouble(value)});
+  if (type == u"Boolean" && (value == u"True" || value == u"False")) {
+    return Variant(value == u"True" ? VBool::True : VBool::False);
+  }
+  if (type == u"Error") return Variant(ErrorCode{static_cast<std::int32_t>(number())});
+  if (type == u"String") return Variant(value);
+  throw std::runtime_error("not a variant in data field: " + toUtf8(field));
+}
+
+VarType varTypeOf(const String& name) {
+  for (int type = 0; type <= static_cast<int>(VarType::Byte); ++type) {
+    if (toUtf8(name) == typeName(static_cast<VarType>(type))) return static_cast<VarType>(type);
+  }
+  throw std::runtime_error("not a type name in data field: " + toUtf8(name));
 }
 
 double parseHexDouble(const String& field) { return std::strtod(toUtf8(field).c_str(), nullptr); }
@@ -210,19 +246,11 @@ std::string bytesOf(const String& field) {
 
 ScopedEnvironment::ScopedEnvironment(const char* name, const char* value) : name_(name) {
   if (const char* old = std::getenv(name)) previous_ = old;
-  if (value != nullptr) {
-    ::setenv(name, value, 1);
-  } else {
-    ::unsetenv(name);
-  }
+  (void)(value != nullptr ? ::setenv(name, value, 1) : ::unsetenv(name));
 }
 
 ScopedEnvironment::~ScopedEnvironment() {
-  if (previous_) {
-    ::setenv(name_.c_str(), previous_->c_str(), 1);
-  } else {
-    ::unsetenv(name_.c_str());
-  }
+  (void)(previous_ ? ::setenv(name_.c_str(), previous_->c_str(), 1) : ::unsetenv(name_.c_str()));
 }
 
 ScopedLocale::ScopedLocale(const char* localeName) : lcAll_("LC_ALL", localeName) {

@@ -37,6 +37,19 @@ struct FileAndCases {
 FileAndCases readFileAndCases(const std::string& fileName, std::size_t caseColumns);
 // A whole number in a data field: decimal, or hexadecimal after "0x", with an optional sign.
 std::int64_t integerOf(const String& field);
+// The parts of a field, each ended by a separator or the end: "" gives none, "a|" one, "|" one
+// empty part.
+std::vector<String> split(const String& field, char16_t separator);
+// A variant in a table: a type's name and, after one blank, the value ("Integer 2", "Long -7",
+// "Byte 255", "Single 1.5", "Double 0x1p-3", "Currency 1.0001", "Date 1.5", "Boolean True",
+// "Error 5", "String any text"), or the name alone: "Empty", "Null", "Nothing" (no object),
+// "String" (no text). "Array" is an array never dimensioned; "Array 5:Long 1|String b" an
+// array of variants from lower bound 5, "Array 0:" one without elements.
+Variant variantOf(const String& field);
+// A VarType by its name.
+VarType varTypeOf(const String& name);
+// "<none>" in a table stands for no value: an unset variable, an absent result.
+inline bool isNone(const String& field) { return field == u"<none>"; }
 double parseHexDouble(const String& field);  // C99 "%a" text
 // A value written "TYPE text" in a data file: "R8 2.5" (any strtod form), "R4 0.1", "I2 -3",
 // "I4 7", "UI1 200", "CY 25000" (scaled by 10000), "DATE 1.5", "BOOL 1" (any number, so that a
@@ -54,6 +67,9 @@ std::string bytesOf(const String& field);
 class ScopedEnvironment {
  public:
   ScopedEnvironment(const char* name, const char* value);
+  // The value of a table's field: "<none>" unsets the variable.
+  ScopedEnvironment(const char* name, const String& field)
+      : ScopedEnvironment(name, isNone(field) ? nullptr : toUtf8(field).c_str()) {}
   ~ScopedEnvironment();
   ScopedEnvironment(const ScopedEnvironment&) = delete;
   ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;

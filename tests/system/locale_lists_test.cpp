@@ -37,14 +37,6 @@ class BuiltLists : public ::testing::Test {
   void SetUp() override { frame::main(); }
 };
 
-TEST_F(BuiltLists, EnglishUnitedStatesComesFirstForItsCodePage) {
-  EXPECT_EQ(CodePageToLCID(1252), 1033);
-  const auto western = LCIDsForCodePage(1252);
-  ASSERT_NE(western, nullptr);
-  EXPECT_EQ(*western->Item(1).get<std::int32_t>(), 1033);
-  EXPECT_EQ(*AvailableANSICodePages()->Item(1).get<std::int32_t>(), 1252);
-}
-
 TEST_F(BuiltLists, EveryInstalledLocaleIsInTheListOfItsCodePageOnce) {
   const auto installed = AvailableLCIDs();
   const auto pages = numbers(*AvailableANSICodePages());
@@ -74,12 +66,15 @@ TEST_F(BuiltLists, RepresentativeLocalesAndUnknownCodePages) {
     std::int32_t lcid;
   };
   // Code page 0 gathers the Unicode-only locales; the user's locale represents them.
-  const Case cases[] = {{932, 1041},  {949, 1042},  {874, 1054},  {936, 2052},
-                        {1253, 1032}, {1255, 1037}, {1258, 1066}, {0, 1033},
-                        {437, 0},     {65001, 0},   {-1, 0}};
+  const Case cases[] = {{1252, 1033}, {932, 1041},  {949, 1042},  {874, 1054},
+                        {936, 2052},  {1253, 1032}, {1255, 1037}, {1258, 1066},
+                        {0, 1033},    {437, 0},     {65001, 0},   {-1, 0}};
   for (const auto& c : cases) EXPECT_EQ(CodePageToLCID(c.page), c.lcid) << c.page;
   EXPECT_EQ(LCIDsForCodePage(437), nullptr);
   EXPECT_GT(LCIDsForCodePage(0)->Count(), 10);
+  // English (United States) comes first for its code page, and that page first of all.
+  EXPECT_EQ(*LCIDsForCodePage(1252)->Item(1).get<std::int32_t>(), 1033);
+  EXPECT_EQ(*AvailableANSICodePages()->Item(1).get<std::int32_t>(), 1252);
 }
 
 TEST_F(BuiltLists, CallersShareTheListsAndTheyAreBuiltOnce) {
@@ -98,54 +93,37 @@ TEST_F(BuiltLists, CallersShareTheListsAndTheyAreBuiltOnce) {
 
 // The worker on fresh lists, one order of locales at a time.
 TEST(LocaleListsWorker, OrderDecidesTheFirstAndRepresentativeLocales) {
-  struct Case {
-    const char* name;
-    std::vector<std::int32_t> order;
-    std::map<String, std::int32_t> first;
-    std::map<String, std::int32_t> representative;
-    std::map<String, std::vector<std::int32_t>> perPage;
+  // "page:lcid,lcid page:lcid" as each page's numbers.
+  const auto pages = [](const String& field) {
+    std::map<String, std::vector<std::int32_t>> out;
+    for (const String& page : test::split(field, u' ')) {
+      const auto parts = test::split(page, u':');
+      for (const String& n : test::split(parts.at(1), u',')) {
+        out[parts[0]].push_back(static_cast<std::int32_t>(test::integerOf(n)));
+      }
+    }
+    return out;
   };
-  const Case cases[] = {
-      {"English (Australia) before English (United States)",
-       {0x0C09, 1033},
-       {{u"1252", 0x0C09}},
-       {{u"1252", 0x0C09}},
-       {{u"1252", {0x0C09, 1033}}}},
-      {"a Unicode-only locale is represented by the user's",
-       {0x0439, 0x0445, 1041},
-       {{u"0", 0x0439}, {u"932", 1041}},
-       {{u"0", 1033}, {u"932", 1041}},
-       {{u"0", {0x0439, 0x0445}}, {u"932", {1041}}}},
-      {"the invariant locale never represents its code page",
-       {127, 1031},
-       {{u"1252", 127}},
-       {{u"1252", 1031}},
-       {{u"1252", {127, 1031}}}},
-      {"the user default is not its own language identifier",
-       {1024},
-       {{u"1252", 1024}},
-       {},
-       {{u"1252", {1024}}}},
-      {"an unknown locale is skipped entirely", {0x7777, 0x0009}, {}, {}, {}},
-  };
-  for (const auto& c : cases) {
+  for (const auto& row : test::readTestData("system/locale_lists_worker.tsv", 4)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line));
     frame::LocaleLists lists = newLocaleLists();
-    for (const std::int32_t lcid : c.order) InitialiseLCIDCodePageLists_Worker(lists, lcid);
-    EXPECT_EQ(lists.ansiCodePages->Count(), static_cast<std::int32_t>(c.first.size())) << c.name;
-    EXPECT_EQ(lists.firstLocale->Count(), static_cast<std::int32_t>(c.first.size())) << c.name;
-    for (const auto& [page, lcid] : c.first) {
-      EXPECT_EQ(itemByKey(lists.firstLocale, page), lcid) << c.name << " " << show(page);
-      EXPECT_EQ(show(numberKey(itemByKey(lists.ansiCodePages, page))), show(page)) << c.name;
+    for (const String& lcid : test::split(row.fields[1], u',')) {
+      InitialiseLCIDCodePageLists_Worker(lists, static_cast<std::int32_t>(test::integerOf(lcid)));
     }
-    EXPECT_EQ(lists.representative->Count(), static_cast<std::int32_t>(c.representative.size()))
-        << c.name;
-    for (const auto& [page, lcid] : c.representative) {
-      EXPECT_EQ(itemByKey(lists.representative, page), lcid) << c.name << " " << show(page);
-    }
-    for (const auto& [page, lcids] : c.perPage) {
+    const auto perPage = pages(row.fields[2]);
+    const auto representative = pages(row.fields[3]);
+    EXPECT_EQ(lists.ansiCodePages->Count(), static_cast<std::int32_t>(perPage.size()));
+    EXPECT_EQ(lists.firstLocale->Count(), static_cast<std::int32_t>(perPage.size()));
+    EXPECT_EQ(lists.representative->Count(), static_cast<std::int32_t>(representative.size()));
+    for (const auto& [page, lcids] : perPage) {
+      EXPECT_EQ(itemByKey(lists.firstLocale, page), lcids.front()) << show(page);
+      EXPECT_EQ(show(numberKey(itemByKey(lists.ansiCodePages, page))), show(page));
       const auto list = listOf(lists, page);
-      EXPECT_EQ(numbers(*list), lcids) << c.name << " " << show(page);
+      EXPECT_EQ(numbers(*list), lcids) << show(page);
       for (const std::int32_t lcid : lcids) EXPECT_EQ(itemByKey(list, numberKey(lcid)), lcid);
+    }
+    for (const auto& [page, lcids] : representative) {
+      EXPECT_EQ(itemByKey(lists.representative, page), lcids.at(0)) << show(page);
     }
   }
 }

@@ -27,17 +27,26 @@ std::set<std::int32_t> installed() {
 }
 
 // The recorded 8-bit answers (language identifier and ANSI code page, both plain ASCII) of
-// every installed locale; the others are not answered here.
-TEST(LocaleQueriesGolden, EightBitAnswersOfEveryRecordedLocale) {
+// every installed locale, the others not answered here; and the recorded answers by name.
+TEST(LocaleQueriesGolden, EightBitAndNamedAnswersOfEveryRecordedLocale) {
   const test::ScopedLocale english("en_US.UTF-8");
   const auto lcids = installed();
   int compared = 0;
   int unanswered = 0;
+  int named = 0;
   for (const auto& row : test::readGolden("locale_info.tsv")) {
     const auto& f = row.fields;
-    if (f.size() != 4 || f[2] != u"A") continue;
-    const auto lcid = static_cast<std::int32_t>(std::stoul(toUtf8(f[0]), nullptr, 16));
+    if (f.size() != 4 || (f[2] != u"A" && f[2] != u"Ex")) continue;
     const auto type = static_cast<std::int32_t>(std::stoul(toUtf8(f[1]), nullptr, 16));
+    if (f[2] == u"Ex") {
+      // A failed call (<err=87> for xx-XX) is empty text.
+      const String expected = f[3].starts_with(u"<err=") ? String() : f[3];
+      const String name = f[0] == u"<null>" ? String(u"0") : f[0];
+      EXPECT_EQ(show(GetUserLocaleInfoEx(type, name)), show(expected)) << "line " << row.line;
+      ++named;
+      continue;
+    }
+    const auto lcid = static_cast<std::int32_t>(std::stoul(toUtf8(f[0]), nullptr, 16));
     const String got = GetUserLocaleInfo(type, lcid);
     if (lcids.count(lcid) == 0) {
       EXPECT_EQ(show(got), "") << "line " << row.line;
@@ -52,22 +61,7 @@ TEST(LocaleQueriesGolden, EightBitAnswersOfEveryRecordedLocale) {
   }
   EXPECT_EQ(compared, 2 * 220);
   EXPECT_EQ(unanswered, 2 * 35);
-}
-
-TEST(LocaleQueriesGolden, NamedLocaleAnswers) {
-  const test::ScopedLocale english("en_US.UTF-8");
-  int compared = 0;
-  for (const auto& row : test::readGolden("locale_info.tsv")) {
-    const auto& f = row.fields;
-    if (f.size() != 4 || f[2] != u"Ex") continue;
-    const String name = f[0] == u"<null>" ? String(u"0") : f[0];
-    const auto type = static_cast<std::int32_t>(std::stoul(toUtf8(f[1]), nullptr, 16));
-    // A failed call (<err=87> for xx-XX) is empty text.
-    const String expected = f[3].starts_with(u"<err=") ? String() : f[3];
-    EXPECT_EQ(show(GetUserLocaleInfoEx(type, name)), show(expected)) << "line " << row.line;
-    ++compared;
-  }
-  EXPECT_EQ(compared, 12);
+  EXPECT_EQ(named, 12);
 }
 
 TEST(LocaleQueriesGolden, ProcessDefaultsUnderEachRecordedLocale) {
@@ -92,91 +86,20 @@ TEST(LocaleQueriesGolden, ProcessDefaultsUnderEachRecordedLocale) {
   }
 }
 
-// The 8-bit text comes back the way the host reads it: the locale's code page on the way
-// out, the system's on the way back.
-TEST(LocaleQueriesTest, EightBitTextAsTheHostReadsItBack) {
-  struct Case {
-    const char* locale;
-    const char* forcedCodePage;
-    std::int32_t lcid;
-    std::int32_t type;
-    String expected;
-  };
-  const Case cases[] = {
-      {"ru_RU.UTF-8", nullptr, 1049, 0x2A,
-       u"\u043f\u043e\u043d\u0435\u0434\u0435\u043b\u044c\u043d\u0438\u043a"},
-      {"en_US.UTF-8", nullptr, 1049, 0x2A,
-       u"\u00ef\u00ee\u00ed\u00e5\u00e4\u00e5\u00eb\u00fc\u00ed\u00e8\u00ea"},
-      {"en_US.UTF-8", "1251", 1049, 0x2A,
-       u"\u043f\u043e\u043d\u0435\u0434\u0435\u043b\u044c\u043d\u0438\u043a"},
-      {"en_US.UTF-8", nullptr, 1041, 0x2A, u"\u0152\u017d\u2014j\u201c\u00fa"},
-      // On a double-byte system the text is shorter than its byte count, and the count's
-      // n - 1 characters take in the terminating NUL.
-      {"ja_JP.UTF-8", nullptr, 1041, 0x2A, String(u"\u6708\u66dc\u65e5") + u'\0'},
-      {"ja_JP.UTF-8", nullptr, 1041, 0x0E, u"."},
-      {"fr_FR.UTF-8", nullptr, 1024, 0x0F, u"\u00a0"},
-      {"en_US.UTF-8", nullptr, 0x7777, 0x0E, u""},
-      {"en_US.UTF-8", nullptr, 1033, 0x7777, u""},
-      {"en_US.UTF-8", nullptr, 127, 0x02, u"Invariant Language (Invariant Country)"},
-  };
-  for (const auto& c : cases) {
-    const test::ScopedLocale scoped(c.locale);
-    const test::ScopedEnvironment forced("ORVO_ANSI_CODEPAGE", c.forcedCodePage);
-    EXPECT_EQ(show(GetUserLocaleInfo(c.type, c.lcid)), show(c.expected))
-        << c.locale << " " << c.lcid << " " << c.type;
-  }
-}
-
-TEST(LocaleQueriesTest, TheUsersSeparators) {
-  struct Case {
-    const char* locale;
-    String decimal;
-    String list;
-    String thousand;
-  };
-  const Case cases[] = {
-      {"en_US.UTF-8", u".", u",", u","},      {"de_DE.UTF-8", u",", u";", u"."},
-      {"fr_FR.UTF-8", u",", u";", u"\u00a0"}, {"ja_JP.UTF-8", u".", u",", u","},
-      {"ar_SA.UTF-8", u".", u";", u","},      {"C", u".", u",", u","},
-  };
-  for (const auto& c : cases) {
-    const test::ScopedLocale scoped(c.locale);
-    EXPECT_EQ(show(GetDecimalSeparator()), show(c.decimal)) << c.locale;
-    EXPECT_EQ(show(GetListSeparator()), show(c.list)) << c.locale;
-    EXPECT_EQ(show(GetThousandSeparator()), show(c.thousand)) << c.locale;
-  }
-}
-
-TEST(LocaleQueriesTest, CodePageOfALocale) {
-  const test::ScopedLocale russian("ru_RU.UTF-8");
-  struct Case {
-    std::int32_t lcid;
-    std::int32_t page;
-  };
-  const Case cases[] = {{1033, 1252}, {1041, 932}, {2052, 936}, {1028, 950},
-                        {1049, 1251}, {1081, 0},   {127, 1252}, {1024, 1251},
-                        {2048, 1251}, {0x7777, 0}, {-1, 0}};
-  for (const auto& c : cases) EXPECT_EQ(LCIDToCodePage(c.lcid), c.page) << c.lcid;
-}
-
-TEST(LocaleQueriesTest, NamedLocalesAndTheBuffer) {
-  const test::ScopedLocale german("de_DE.UTF-8");
-  struct Case {
-    String name;
-    std::int32_t type;
-    String expected;
-  };
-  const Case cases[] = {
-      {u"0", 0x0E, u","},
-      {u"en-US", 0x0E, u"."},
-      {u"en-US", 0x02, u"English (United States)"},
-      {String(u"ja-JP") + u'\0' + u"xx", 0x1004, u"932"},  // the name ends at a NUL
-      {u"!x-sys-default-locale", 0x5C, u"de-DE"},
-      {u"", 0x1004, u"1252"},
-      {u"en-US ", 0x0E, u""},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(show(GetUserLocaleInfoEx(c.type, c.name)), show(c.expected)) << show(c.name);
+TEST(LocaleQueriesTest, AnswersUnderEachLocale) {
+  for (const auto& row : test::readTestData("system/locale_queries.tsv", 6)) {
+    const auto& f = row.fields;
+    const test::ScopedLocale scoped(toUtf8(f[0]).c_str());
+    const test::ScopedEnvironment forced("ORVO_ANSI_CODEPAGE", f[1]);
+    const auto number = [&](int i) { return static_cast<std::int32_t>(test::integerOf(f[i])); };
+    String got = u"unknown query";
+    if (f[2] == u"GetUserLocaleInfo") got = GetUserLocaleInfo(number(4), number(3));
+    if (f[2] == u"GetUserLocaleInfoEx") got = GetUserLocaleInfoEx(number(4), f[3]);
+    if (f[2] == u"LCIDToCodePage") got = fromUtf8(std::to_string(LCIDToCodePage(number(3))));
+    if (f[2] == u"GetDecimalSeparator") got = GetDecimalSeparator();
+    if (f[2] == u"GetListSeparator") got = GetListSeparator();
+    if (f[2] == u"GetThousandSeparator") got = GetThousandSeparator();
+    EXPECT_EQ(show(got), show(f[5])) << "data line " << row.line;
   }
 }
 

@@ -3,8 +3,6 @@
 #include <tuple>
 #include <vector>
 
-#include "orvogeneric/error.hpp"
-#include "support/test_support.hpp"
 #include "text/strings.hpp"
 #include "text/strings_fixture.hpp"
 

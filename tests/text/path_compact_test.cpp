@@ -40,54 +40,12 @@ TEST(PathCompactTest, MatchesEveryRecordedPlatformResult) {
   EXPECT_GT(paths.size(), 40U);
 }
 
-struct CompactCase {
-  std::uint32_t cchMax;
-  String path;
-  String expected;
-};
-
 TEST(PathCompactTest, KeepsTheFileNameAndCutsTheHeadAnywhere) {
-  const String longPath =
-      u"C:\\Program Files\\Engineering Suite\\Projects\\2026\\Bridge "
-      u"Design\\calculation_results.xlsx";
-  const std::vector<CompactCase> cases = {
-      {10, longPath, u"...\\ca..."},
-      {20, longPath, u"...\\calculation_..."},
-      {30, longPath, u"C...\\calculation_results.xlsx"},
-      {40, longPath, u"C:\\Program ...\\calculation_results.xlsx"},
-      {0, longPath, u""},
-      {1, longPath, u""},
-      {2, longPath, u"."},
-      {4, longPath, u"..."},
-      {5, longPath, u"...\\"},
-      {8, longPath, u"...\\..."},
-      // Whole only with one character to spare beyond the null.
-      {static_cast<std::uint32_t>(longPath.size() + 2), longPath, longPath},
-      {static_cast<std::uint32_t>(longPath.size() + 1), longPath,
-       u"C:\\Program Files\\Engineering Suite\\Projects\\2026\\Bridge "
-       u"Des...\\calculation_results.xlsx"},
-      {20, u"C:/forward/slashes/only/file.txt", u"C:/forw.../file.txt"},
-      {20, u"C:\\mixed\\separators/last/is/forward.txt", u"C:\\m.../forward.txt"},
-      {12, u"nobackslash_just_a_long_file_name.txt", u"nobacksl..."},
-      {4, u"nobackslash_just_a_long_file_name.txt", u"..."},
-      {12, u"C:file_after_colon.txt", u"...:file..."},
-      // A trailing separator is no file name: the last real component is kept.
-      {12, u"D:\\Data\\Reports\\Quarterly\\", u"...\\Quar..."},
-      {6, u"/", u"/"},
-      {2, u"/", u"."},
-      {3, u"", u""},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(show(c.path) + " cchMax " + std::to_string(c.cchMax));
-    EXPECT_EQ(show(PathCompactPathEx(c.path, c.cchMax)), show(c.expected));
+  for (const auto& row : test::readTestData("text/path_compact.tsv", 3)) {
+    const auto cchMax = static_cast<std::uint32_t>(test::integerOf(row.fields[0]));
+    EXPECT_EQ(show(PathCompactPathEx(row.fields[1], cchMax)), show(row.fields[2]))
+        << "data line " << row.line;
   }
-}
-
-TEST(PathCompactTest, CutsSurrogatePairsLikeThePlatform) {
-  // Code units, not code points: the cut may leave half a pair.
-  const String path = u"C:\\x\\\U0001F600\U0001F601\U0001F602.png";
-  const String got = PathCompactPathEx(path, 9);
-  EXPECT_EQ(got, String(u"...\\") + char16_t(0xD83D) + u"...");
 }
 
 }  // namespace

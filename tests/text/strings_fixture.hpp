@@ -15,6 +15,11 @@ namespace orvo::text {
 inline constexpr VBool F = VBool::False;
 inline constexpr VBool T = VBool::True;
 
+// A flag in a table of cases: T, F, or the number of a non-canonical value.
+inline VBool flagOf(const String& field) {
+  return field == u"T" ? T : field == u"F" ? F : static_cast<VBool>(test::integerOf(field));
+}
+
 inline SafeArray arrayOf(std::vector<Variant> items, std::int32_t lowerBound = 0) {
   return SafeArray(VarType::Variant, lowerBound, std::move(items));
 }

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -21,23 +22,19 @@
 namespace orvo::platform {
 namespace {
 
-std::string bytesOf(const std::string& hex) {
-  std::string out;
-  if (hex == "-") return out;
-  for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
-    out += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+// Hexadecimal text as bytes or code units, two or four digits each; "-" is none.
+template <typename Text>
+Text unitsOf(const std::string& hex) {
+  using Unit = typename Text::value_type;
+  constexpr std::size_t width = 2 * sizeof(Unit);
+  Text out;
+  for (std::size_t i = 0; hex != "-" && i + width <= hex.size(); i += width) {
+    out += static_cast<Unit>(std::stoi(hex.substr(i, width), nullptr, 16));
   }
   return out;
 }
-
-String unitsOf(const std::string& hex) {
-  String out;
-  if (hex == "-") return out;
-  for (std::size_t i = 0; i + 3 < hex.size(); i += 4) {
-    out += static_cast<char16_t>(std::stoi(hex.substr(i, 4), nullptr, 16));
-  }
-  return out;
-}
+const auto bytesOf = unitsOf<std::string>;
+const auto wideOf = unitsOf<String>;
 
 std::vector<std::string> fields(const std::string& line) {
   std::vector<std::string> out;
@@ -54,17 +51,12 @@ void expandInto(const std::vector<std::string>& f, std::map<unsigned, std::strin
   const std::string value = run ? f[3] : f[2];
   const bool step = run && f[4] == "+";
   for (unsigned k = 0; k < count; ++k) {
-    if (value == "-") {
-      into[key + k] = "-";
-      continue;
+    char hex[20] = "-";
+    if (value != "-") {
+      std::snprintf(hex, sizeof hex, "%0*llX", static_cast<int>(value.size()),
+                    std::stoull(value, nullptr, 16) + (step ? k : 0));
     }
-    const unsigned long long v = std::stoull(value, nullptr, 16) + (step ? k : 0);
-    std::ostringstream hex;
-    hex << std::uppercase << std::hex;
-    hex.width(static_cast<std::streamsize>(value.size()));
-    hex.fill('0');
-    hex << v;
-    into[key + k] = hex.str();
+    into[key + k] = hex;
   }
 }
 
@@ -107,7 +99,7 @@ TEST(CodePageGolden, EveryRecordedEntryOfEveryAnsiCodePage) {
     }
     for (const auto& [byte, units] : r.m2w1) {
       const String got = multiByteToWide(cp, std::string(1, static_cast<char>(byte)));
-      if (got != unitsOf(units) && ++wrong <= 5) {
+      if (got != wideOf(units) && ++wrong <= 5) {
         ADD_FAILURE() << cp << " byte " << std::hex << byte << " gave " << test::show(got);
       }
     }
@@ -115,18 +107,18 @@ TEST(CodePageGolden, EveryRecordedEntryOfEveryAnsiCodePage) {
       const std::string input{static_cast<char>(pair >> 8), static_cast<char>(pair & 0xFF)};
       // A pair that does not hold together is its lead byte alone and then the trail byte.
       const String want = unit == "-"
-                              ? unitsOf(r.m2w1.at(pair >> 8)) + unitsOf(r.m2w1.at(pair & 0xFF))
-                              : unitsOf(unit);
+                              ? wideOf(r.m2w1.at(pair >> 8)) + wideOf(r.m2w1.at(pair & 0xFF))
+                              : wideOf(unit);
       const String got = multiByteToWide(cp, input);
       if (got != want && ++wrong <= 5) {
         ADD_FAILURE() << cp << " pair " << std::hex << pair << " gave " << test::show(got);
       }
     }
     for (const auto& [bytes, units] : r.seqm) {
-      EXPECT_EQ(multiByteToWide(cp, bytesOf(bytes)), unitsOf(units)) << cp << " " << bytes;
+      EXPECT_EQ(multiByteToWide(cp, bytesOf(bytes)), wideOf(units)) << cp << " " << bytes;
     }
     for (const auto& [units, bytes] : r.seqw) {
-      EXPECT_EQ(wideToMultiByte(cp, unitsOf(units)), bytesOf(bytes)) << cp << " " << units;
+      EXPECT_EQ(wideToMultiByte(cp, wideOf(units)), bytesOf(bytes)) << cp << " " << units;
     }
     EXPECT_EQ(wrong, 0) << cp;
   }
@@ -144,7 +136,7 @@ TEST(CodePageGolden, Utf8AsThePlatformConvertsIt) {
     if (f[0] == "m2w") {
       const std::string input = bytesOf(f[2]);
       const String got = multiByteToWide(kCodePageUtf8, input);
-      const String want = unitsOf(f[4]);
+      const String want = wideOf(f[4]);
       // Wine loses the bytes after a lead byte whose sequence the input cuts short (E2 41 gives
       // U+FFFD alone); the platform's own published answers keep them (E0 20 C0 00 gives
       // FFFD 0020 FFFD 0000), and so does the library: one U+FFFD, then the rest read again.
@@ -155,8 +147,7 @@ TEST(CodePageGolden, Utf8AsThePlatformConvertsIt) {
       }
       EXPECT_EQ(test::show(got), test::show(want)) << f[1] << " " << f[2];
     } else {
-      EXPECT_EQ(wideToMultiByte(kCodePageUtf8, unitsOf(f[2])), bytesOf(f[4]))
-          << f[1] << " " << f[2];
+      EXPECT_EQ(wideToMultiByte(kCodePageUtf8, wideOf(f[2])), bytesOf(f[4])) << f[1] << " " << f[2];
     }
   }
   EXPECT_GT(rows, 1500);
@@ -202,12 +193,6 @@ TEST(CodePageTest, Utf8EncodingOfEveryMixOfCharacterWidths) {
     ASSERT_EQ(wideToMultiByte(kCodePageUtf8, text), test::referenceUtf8(text)) << round;
   }
 }
-
-}  // namespace
-}  // namespace orvo::platform
-
-namespace orvo::platform {
-namespace {
 
 // A page nothing can convert is not an error here: the conversions give nothing, as the
 // platform's do, and the callers that took the page from outside decide what that means.

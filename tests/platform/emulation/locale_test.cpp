@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
-#include "platform/codepage.hpp"
 #include "support/test_support.hpp"
 
 namespace orvo::platform {
@@ -14,28 +12,11 @@ namespace {
 using test::show;
 
 TEST(LocaleTest, UserLocaleComesFromTheEnvironmentInPosixOrder) {
-  struct Case {
-    const char* lcAll;
-    const char* lcNumeric;
-    const char* lang;
-    const char* expected;
-  };
-  const Case cases[] = {
-      {"de_DE.UTF-8", "fr_FR.UTF-8", "it_IT", "de_DE"},
-      {"", "fr_FR.UTF-8", "it_IT", "fr_FR"},
-      {nullptr, nullptr, "it_IT.ISO-8859-1", "it_IT"},
-      {nullptr, nullptr, "sr_RS@latin", "sr_RS"},
-      {"C", "fr_FR", nullptr, "en_US"},
-      {"POSIX", nullptr, nullptr, "en_US"},
-      {nullptr, nullptr, nullptr, "en_US"},
-      {"C.UTF-8", nullptr, nullptr, "en_US"},
-  };
-  for (const auto& c : cases) {
-    const test::ScopedEnvironment lcAll("LC_ALL", c.lcAll);
-    const test::ScopedEnvironment lcNumeric("LC_NUMERIC", c.lcNumeric);
-    const test::ScopedEnvironment lang("LANG", c.lang);
-    EXPECT_EQ(userLocaleName(), c.expected)
-        << (c.lcAll ? c.lcAll : "-") << " / " << (c.lcNumeric ? c.lcNumeric : "-");
+  for (const auto& row : test::readTestData("platform/user_locale.tsv", 4)) {
+    const test::ScopedEnvironment lcAll("LC_ALL", row.fields[0]);
+    const test::ScopedEnvironment lcNumeric("LC_NUMERIC", row.fields[1]);
+    const test::ScopedEnvironment lang("LANG", row.fields[2]);
+    EXPECT_EQ(fromUtf8(userLocaleName()), row.fields[3]) << "data line " << row.line;
   }
 }
 
@@ -85,24 +66,6 @@ TEST(LocaleTest, WindowsDatePicturesWinOverCldr) {
   EXPECT_EQ(show(regionalSettingsFor("en_US")->longDate), "dddd, MMMM d, yyyy");
   EXPECT_EQ(show(regionalSettingsFor("de_DE")->thousandSeparator), ".");
   EXPECT_EQ(regionalSettingsFor("no_such_locale")->decimalSeparator, u".");
-}
-
-TEST(CodePageTest, BytesInTheAnsiCodePage) {
-  struct Case {
-    std::uint32_t cp;
-    std::u16string_view text;
-    std::string_view bytes;
-  };
-  const Case cases[] = {
-      {1252, u"caf\u00e9", "caf\xE9"}, {1252, u"\u20ac", "\x80"}, {1252, u"\u3042", "?"},
-      {1252, u"\U0001F600", "??"},  // one default character per UTF-16 code unit
-      {932, u"\u3042", "\x82\xA0"},    {1251, u"\u20ac", "\x88"}, {936, u"\u3042", "\xA4\xA2"},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(wideToMultiByte(c.cp, c.text), c.bytes) << c.cp << " " << show(c.text);
-  }
-  EXPECT_EQ(multiByteToWide(1252, "caf\xE9\x80"), u"caf\u00e9\u20ac");
-  EXPECT_EQ(multiByteToWide(932, "\x82\xA0"), u"\u3042");
 }
 
 }  // namespace

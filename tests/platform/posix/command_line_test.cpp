@@ -8,22 +8,11 @@ namespace orvo::platform {
 namespace {
 
 TEST(CommandLineTest, SplitsAsThePlatformsProgramsDo) {
-  struct Case {
-    const char16_t* line;
+  for (const auto& row : test::readTestData("platform/command_line.tsv", 3)) {
     std::vector<std::string> args;
-  };
-  const Case cases[] = {
-      {u"prog a  b\tc", {"prog", "a", "b", "c"}},
-      {u"  \"a b\" c  ", {"a b", "c"}},
-      {uR"(a\\\"b)", {R"(a\"b)"}},
-      {uR"(a\\"b c")", {R"(a\b c)"}},
-      {uR"("a""b" c)", {R"(a"b)", "c"}},
-      {uR"(C:\dir\ "x\y")", {R"(C:\dir\)", R"(x\y)"}},
-      {u"\"\"", {""}},
-      {u"", {}},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(platform::splitCommandLine(c.line), c.args) << test::show(c.line);
+    for (const String& arg : test::split(row.fields[2], u'|')) args.push_back(toUtf8(arg));
+    EXPECT_EQ(splitCommandLine(row.fields[1]), args)
+        << "data line " << row.line << ": " << toUtf8(row.fields[0]);
   }
 }
 
