@@ -53,5 +53,11 @@ struct RECT {
 // UTF-8 conveniences; the model stays UTF-16. Unpaired surrogates become U+FFFD in UTF-8.
 ORVO_API std::string toUtf8(std::u16string_view text);
 ORVO_API String fromUtf8(std::string_view text);
+// File names, command-line arguments and environment values as the system hands them: bytes
+// that are mostly UTF-8. A byte that is not part of valid UTF-8 becomes a lone surrogate
+// U+DC80..U+DCFF and turns back into the same byte, so that any name the system gave reaches
+// it again byte for byte.
+ORVO_API String fromSystemBytes(std::string_view bytes);
+ORVO_API std::string toSystemBytes(std::u16string_view text);
 
 }  // namespace orvo

@@ -108,8 +108,8 @@ ConversionResult ConvertTextFile(const std::filesystem::path& source,
                                  const std::filesystem::path& target,
                                  const TextFileConversion& conversion,
                                  const std::function<void(std::int64_t)>& progress) {
-  const String sourceName = fromUtf8(source.string());
-  const String targetName = fromUtf8(target.string());
+  const String sourceName = fromSystemBytes(source.string());
+  const String targetName = fromSystemBytes(target.string());
   // Everything that can be refused is refused before either file is touched.
   if (conversion.from && !convertible(*conversion.from)) {
     return {ConversionFailure::UnsupportedSource, {}};

@@ -18,7 +18,10 @@ Currency Currency::fromDouble(double value) {
   return Currency{static_cast<std::int64_t>(std::nearbyint(scaledValue))};
 }
 
-std::string toUtf8(std::u16string_view text) {
+namespace {
+
+// Lone surrogates U+DC80..U+DCFF stand for bytes that were not UTF-8 when escaped is set.
+std::string encodeUtf8(std::u16string_view text, bool escaped) {
   std::string out;
   out.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -27,6 +30,9 @@ std::string toUtf8(std::u16string_view text) {
         text[i + 1] <= 0xDFFF) {
       cp = 0x10000 + ((cp - 0xD800) << 10) + (text[i + 1] - 0xDC00);
       ++i;
+    } else if (escaped && cp >= 0xDC80 && cp <= 0xDCFF) {
+      out += static_cast<char>(cp & 0xFF);
+      continue;
     } else if (cp >= 0xD800 && cp <= 0xDFFF) {
       cp = 0xFFFD;
     }
@@ -49,7 +55,7 @@ std::string toUtf8(std::u16string_view text) {
   return out;
 }
 
-String fromUtf8(std::string_view text) {
+String decodeUtf8(std::string_view text, bool escaped) {
   String out;
   out.reserve(text.size());
   std::size_t i = 0;
@@ -86,6 +92,7 @@ String fromUtf8(std::string_view text) {
         cp = 0xFFFD;
       }
     }
+    if (escaped && cp == 0xFFFD && len == 1 && b >= 0x80) cp = 0xDC00 | b;
     if (cp >= 0x10000) {
       out += static_cast<char16_t>(0xD800 + ((cp - 0x10000) >> 10));
       out += static_cast<char16_t>(0xDC00 + ((cp - 0x10000) & 0x3FF));
@@ -96,5 +103,12 @@ String fromUtf8(std::string_view text) {
   }
   return out;
 }
+
+}  // namespace
+
+std::string toUtf8(std::u16string_view text) { return encodeUtf8(text, false); }
+String fromUtf8(std::string_view text) { return decodeUtf8(text, false); }
+std::string toSystemBytes(std::u16string_view text) { return encodeUtf8(text, true); }
+String fromSystemBytes(std::string_view bytes) { return decodeUtf8(bytes, true); }
 
 }  // namespace orvo

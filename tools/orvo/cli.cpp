@@ -68,7 +68,7 @@ Variant argumentFromText(const std::string& text, const ObjectTable& objects) {
   try {
     return parseValue(text, objects);
   } catch (const SyntaxError&) {
-    return Variant(fromUtf8(text));  // a bare word is a string
+    return Variant(fromSystemBytes(text));  // a bare word is a string
   }
 }
 

@@ -96,7 +96,7 @@ int commandEncoding(const std::vector<std::string>& args) {
       continue;
     }
     try {
-      const String name = fromUtf8(path);
+      const String name = fromSystemBytes(path);
       const enumFileEncoding e = files.TextFileEncoding(name);
       const std::int32_t cp = files.CodePageCheck(0, e);
       put(path + "\t" + encodingName(e) + "\t" + std::to_string(e) + "\t" + std::to_string(cp) +
@@ -128,7 +128,7 @@ int commandLines(const std::vector<std::string>& args) {
     }
     progress("lines", path, 0, size);
     try {
-      const std::int32_t count = files.FileLineCount(fromUtf8(path));
+      const std::int32_t count = files.FileLineCount(fromSystemBytes(path));
       progress("lines", path, size, size);
       put(std::to_string(count) + "\t" + path + "\n");
     } catch (const Error& e) {

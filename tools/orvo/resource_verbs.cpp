@@ -121,7 +121,7 @@ int commandStrings(const std::vector<std::string>& args) {
   }
   const StringsOptions& o = *parse.options;
   String why;
-  const auto strings = SatelliteStrings(fromUtf8(o.file), &why);
+  const auto strings = SatelliteStrings(fromSystemBytes(o.file), &why);
   if (!strings) {
     std::fprintf(stderr, "orvo strings: %s: %s\n", o.file.c_str(), toUtf8(why).c_str());
     return 1;

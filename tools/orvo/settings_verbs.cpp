@@ -29,7 +29,7 @@ constexpr const char* kLogHelp =
     "directory and name). The log is written only if the file exists: create it empty to turn\n"
     "logging on. Exit status: 0 written, 1 no log file, 2 usage.\n";
 
-String text(const std::string& s) { return fromUtf8(s); }
+String text(const std::string& s) { return fromSystemBytes(s); }
 
 int usage(const char* help) {
   std::fputs(help, stderr);

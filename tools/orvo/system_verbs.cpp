@@ -24,7 +24,7 @@ int commandMutex(const std::vector<std::string>& args) {
     return 2;
   }
   SystemUtilities system;
-  put(system.MutexAlreadyExists(fromUtf8(args[0])) == VBool::True ? "true\n" : "false\n");
+  put(system.MutexAlreadyExists(fromSystemBytes(args[0])) == VBool::True ? "true\n" : "false\n");
   return done(0);
 }
 

@@ -18,7 +18,7 @@
 
 namespace orvo::platform {
 
-NativePath::NativePath(std::u16string_view path) : text_(toUtf8(path)) {
+NativePath::NativePath(std::u16string_view path) : text_(toSystemBytes(path)) {
   std::replace(text_.begin(), text_.end(), '\\', '/');
 }
 
@@ -340,7 +340,7 @@ std::optional<String> canonicalPath(std::u16string_view path) {
   const std::string native = NativePath(path).native();
   char* resolved = ::realpath(native.c_str(), nullptr);
   if (resolved == nullptr) return std::nullopt;
-  String out = fromUtf8(resolved);
+  String out = fromSystemBytes(resolved);
   std::free(resolved);  // NOLINT(cppcoreguidelines-no-malloc): realpath allocates with malloc
   return out;
 }
@@ -361,7 +361,7 @@ std::optional<std::vector<DirectoryEntry>> listDirectory(std::u16string_view dir
   while (const dirent* entry = ::readdir(dir)) {
     const std::string_view name = entry->d_name;
     if (name == "." || name == "..") continue;
-    DirectoryEntry item{fromUtf8(name), false};
+    DirectoryEntry item{fromSystemBytes(name), false};
     if (!matchesWildcard(item.name, pattern)) continue;
     if (entry->d_type == DT_DIR) {
       item.directory = true;

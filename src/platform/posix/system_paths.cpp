@@ -13,7 +13,7 @@ namespace {
 
 String environment(const char* name) {
   const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): read-only use
-  return value == nullptr ? String() : fromUtf8(value);
+  return value == nullptr ? String() : fromSystemBytes(value);
 }
 
 }  // namespace
@@ -43,7 +43,7 @@ String executablePath() {
   const ssize_t n = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
   if (n <= 0) return {};
   buffer.resize(static_cast<std::size_t>(n));
-  String path = fromUtf8(buffer);
+  String path = fromSystemBytes(buffer);
   // A name longer than the buffer comes back cut to the buffer, its last place taken by the
   // terminating zero that the returned length still counts.
   constexpr std::size_t kBuffer = 260;
@@ -70,8 +70,8 @@ String libraryModulePath() {
   // The loader reports the name it was given, which may be relative; the library is asked for
   // its directory, so the name is made absolute.
   char* resolved = ::realpath(info.dli_fname, nullptr);
-  if (resolved == nullptr) return fromUtf8(info.dli_fname);
-  String path = fromUtf8(resolved);
+  if (resolved == nullptr) return fromSystemBytes(info.dli_fname);
+  String path = fromSystemBytes(resolved);
   std::free(resolved);  // NOLINT(cppcoreguidelines-no-malloc): realpath allocates with malloc
   return path;
 }
