@@ -91,6 +91,42 @@ TEST_F(TextFiles, ReadingLinesAndCountingThem) {
   EXPECT_EQ(e.description().substr(0, 16), u"File not found\r\n");
 }
 
+// UTF-32 text as the file holds it, after its BOM: each character a 4-byte unit.
+std::string utf32(std::string_view text, bool bigEndian) {
+  std::string out = bigEndian ? std::string("\0\0\xFE\xFF", 4) : std::string("\xFF\xFE\0\0", 4);
+  for (const char c : text) {
+    const std::string unit = bigEndian ? std::string(3, '\0') + c : c + std::string(3, '\0');
+    out += unit;
+  }
+  return out;
+}
+
+TEST_F(TextFiles, UTF32FilesCountTheirLines) {
+  const struct {
+    const char* text;
+    std::int32_t lines;
+  } cases[] = {
+      {"one\r\ntwo\r\nthree\r\n", 3},
+      {"one\ntwo\nthree", 3},
+      {"one\rtwo\r\rfour\r", 4},
+      {"a\r\n\nb\rc", 4},
+      {"", 0},
+      {"single", 1},
+  };
+  int n = 0;  // a file per case: the encoding is remembered per path
+  for (const bool bigEndian : {false, true}) {
+    for (const auto& c : cases) {
+      const String file = write("utf32-" + std::to_string(++n) + ".txt", utf32(c.text, bigEndian));
+      EXPECT_EQ(FileLineCount(file), c.lines)
+          << test::show(fromUtf8(c.text)) << (bigEndian ? " BE" : " LE");
+    }
+  }
+  // A unit carrying 13 or 10 in its low byte alongside others is a character, not a line end.
+  const String file =
+      write("utf32-unit.txt", std::string("\xFF\xFE\0\0a\0\0\0\x0D\x01\0\0b\0\0\0", 16));
+  EXPECT_EQ(FileLineCount(file), 1);
+}
+
 TEST(TextToLinesTest, NormalisesAndSplits) {
   for (const auto& row : test::readTestData("files/text_to_lines.tsv", 4)) {
     SCOPED_TRACE("data line " + std::to_string(row.line));

@@ -229,6 +229,17 @@ std::optional<Resolved> resolve(std::uint32_t lcid, bool noUserOverride) {
   const bool user = !noUserOverride && lcid == userDefaultLCID();
   if (const LocaleRecord* record = installed(lcid)) return Resolved{*record, false, user};
   if (user) return Resolved{makeRecord(lcid, userLocaleName()), false, true};
+  // An alternate sort answers as its locale in everything a query here reads.
+  if (const std::uint32_t base = emulation::alternateSortBase(lcid)) {
+    return resolve(base, noUserOverride);
+  }
+  // A locale the platform has that ICU has no country data for (Spanish with the traditional
+  // sort, Sami of several countries, ...) still answers the platform's own facts; its
+  // regional data is ICU's nearest.
+  if (emulation::isWindowsLocale(lcid)) {
+    const std::string icuName = localeForLcid(lcid);
+    return Resolved{makeRecord(lcid, icuName.empty() ? "en_US" : icuName), false, false};
+  }
   return std::nullopt;
 }
 

@@ -58,11 +58,12 @@ struct LocaleCodePages {
   WindowsCodePages pages;
 };
 constexpr LocaleCodePages kByLocale[] = {
-    {0x0409, kWesternUs},  {0x0450, kCyrillic},  {0x082C, kCyrillic},   {0x0804, {936, 936}},
-    {0x0843, kCyrillic},   {0x0846, kArabic},    {0x0859, kArabic},     {0x085D, kWesternUs},
-    {0x1004, {936, 936}},  {0x1C09, kWesternUs}, {0x1C1A, {1251, 855}}, {0x201A, {1251, 855}},
-    {0x281A, {1251, 855}}, {0x3009, kWesternUs}, {0x301A, {1251, 855}}, {0x3409, kWesternUs},
-    {0x4009, kWesternUs},  {0x4409, kWesternUs}, {0x4809, kWesternUs},  {0x4C09, {0, 1}},
+    {0x0409, kWesternUs},  {0x0C1A, {1251, 855}}, {0x0450, kCyrillic},  {0x082C, kCyrillic},
+    {0x0804, {936, 936}},  {0x0843, kCyrillic},   {0x0846, kArabic},    {0x0859, kArabic},
+    {0x085D, kWesternUs},  {0x1004, {936, 936}},  {0x1C09, kWesternUs}, {0x1C1A, {1251, 855}},
+    {0x201A, {1251, 855}}, {0x281A, {1251, 855}}, {0x3009, kWesternUs}, {0x301A, {1251, 855}},
+    {0x3409, kWesternUs},  {0x4009, kWesternUs},  {0x4409, kWesternUs}, {0x4809, kWesternUs},
+    {0x4C09, {0, 1}},
 };
 
 struct LocaleFacts {
@@ -74,11 +75,22 @@ constexpr LocaleFacts kFacts[] = {
 #include "platform/emulation/windows_locale_facts.inc"
 };
 
+// Locales the platform still answers for that the recording's enumeration no longer lists:
+// Serbian (Latin and Cyrillic) of the former Serbia and Montenegro.
+constexpr LocaleFacts kUnlisted[] = {
+    {0x081A, u"SRL", u";"},
+    {0x0C1A, u"SRB", u";"},
+};
+
 const LocaleFacts* factsOf(std::uint32_t lcid) {
   const auto* it =
       std::lower_bound(std::begin(kFacts), std::end(kFacts), lcid,
                        [](const LocaleFacts& f, std::uint32_t l) { return f.lcid < l; });
-  return it != std::end(kFacts) && it->lcid == lcid ? it : nullptr;
+  if (it != std::end(kFacts) && it->lcid == lcid) return it;
+  for (const auto& f : kUnlisted) {
+    if (f.lcid == lcid) return &f;
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -94,6 +106,27 @@ WindowsCodePages windowsCodePages(std::uint32_t lcid) {
 }
 
 bool isWindowsLocale(std::uint32_t lcid) { return factsOf(lcid) != nullptr; }
+
+std::uint32_t alternateSortBase(std::uint32_t lcid) {
+  // The sorts the platform defines besides each language's default (sort ID 0): Chinese
+  // Unicode, PRC stroke, Bopomofo and radical-stroke; Japanese Unicode and radical-stroke;
+  // Korean Unicode; German phone book; Hungarian technical; Georgian modern.
+  struct AlternateSorts {
+    std::uint16_t language;
+    std::uint16_t sorts;  // bit n: sort ID n exists
+  };
+  constexpr AlternateSorts kSorts[] = {
+      {0x04, 0b11110}, {0x11, 0b10010}, {0x12, 0b00010},
+      {0x07, 0b00010}, {0x0E, 0b00010}, {0x37, 0b00010},
+  };
+  const std::uint32_t sort = (lcid >> 16) & 0xFU;
+  const std::uint32_t base = lcid & 0xFFFFU;
+  if (sort == 0 || (lcid >> 20) != 0 || !isWindowsLocale(base)) return 0;
+  for (const auto& s : kSorts) {
+    if (s.language == primaryLanguage(base) && ((s.sorts >> sort) & 1U) != 0) return base;
+  }
+  return 0;
+}
 
 std::u16string_view windowsLanguageAbbreviation(std::uint32_t lcid) {
   const LocaleFacts* f = factsOf(lcid);

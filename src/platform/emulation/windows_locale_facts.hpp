@@ -19,6 +19,11 @@ WindowsCodePages windowsCodePages(std::uint32_t lcid);
 // never did (0x0812 for ko_KP, 0x0460 for ks_Arab_IN).
 bool isWindowsLocale(std::uint32_t lcid);
 
+// The locale an alternate-sort LCID (a sort ID in bits 16-19, such as 0x10407 for German
+// phone-book order) sorts differently from, and agrees with in everything else; 0 when the
+// platform has no such sort for the language.
+std::uint32_t alternateSortBase(std::uint32_t lcid);
+
 // LOCALE_SABBREVLANGNAME; "ZZZ", the platform's own answer for a locale without one, when
 // the LCID is not in the table.
 std::u16string_view windowsLanguageAbbreviation(std::uint32_t lcid);
