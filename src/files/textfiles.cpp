@@ -11,6 +11,7 @@
 #include "frame/traps.hpp"
 #include "platform/file.hpp"
 #include "platform/locale.hpp"
+#include "platform/replacement.hpp"
 #include "runtime/convert.hpp"
 #include "runtime/errors.hpp"
 #include "runtime/strings.hpp"
@@ -258,26 +259,31 @@ Variant ReadFileToByteArray(const String& FilePath, enumFileEncoding* FileEncodi
 void WriteStringToTextFileB(const String& CharString, const String& File, std::int32_t CodePage,
                             VBool PutByte) {
   frame::trap(u"WriteStringToTextFileB", [&] {
-    platform::File file;
+    // The platform's way was to delete the file and write a new one, so a failed write lost
+    // it. The new file is written beside it and renamed over it instead: the same new file
+    // (a link at the name replaced, new permissions), and the old one whole on failure.
+    std::string bytes;
     if (!nonZero(PutByte)) {
       // Text output: the system's ANSI code page, nothing added.
-      SafeKill(File);
-      if (!file.open(File, kWriteNew)) {
-        runtime::raise(runtime::errPathNotFound);
-      }
-      std::string bytes;
       encodeText(CharString, CP_ACP, bytes);
-      if (!writeBytes(file, bytes)) runtime::raise(runtime::errPathFileAccess);
-      return;
+    } else {
+      const enumFileEncoding encoding = EncodingFromCodePage(CodePage);
+      bytes = bomBytes(encoding);
+      encodeText(CharString, CodePageCheck(CodePage, encoding), bytes);
     }
-    const enumFileEncoding encoding = EncodingFromCodePage(CodePage);
-    if (!OpenForOutputB(File, file, encoding)) {
+    // Whatever was cached of the old file's encoding is wrong for the new one.
+    ClearTextFileEncoding(Variant(File));
+    platform::Replacement out({.followLinks = false, .keepAttributes = false});
+    std::uint32_t error = 0;
+    if (!out.begin(platform::NativePath(File), error)) {
+      if (!nonZero(PutByte)) runtime::raise(runtime::errPathNotFound);
       frame::LibraryTrace(u"WriteStringToTextFileB failed on OpenForOutputB, file '" + File + u"'");
       return;
     }
-    std::string bytes;
-    encodeText(CharString, CodePageCheck(CodePage, encoding), bytes);
-    if (!writeBytes(file, bytes)) runtime::raise(runtime::errPathFileAccess);
+    const bool written =
+        out.write({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}, error) &&
+        out.commit(error);
+    if (!written) runtime::raise(runtime::errPathFileAccess);
   });
 }
 

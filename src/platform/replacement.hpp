@@ -20,7 +20,16 @@ namespace orvo::platform {
 // it); a failure then can leave it part written.
 class Replacement {
  public:
+  // What the new version takes over from the old one. A writer that stands for "delete the file
+  // and write a new one" replaces a link at the name instead of writing through it, and gives
+  // the new file the permissions of a new file, as the deletion would have.
+  struct Options {
+    bool followLinks = true;
+    bool keepAttributes = true;
+  };
+
   Replacement() = default;
+  explicit Replacement(Options options) : options_(options) {}
   Replacement(const Replacement&) = delete;
   Replacement& operator=(const Replacement&) = delete;
   // Removes the temporary file of a replacement that was not committed.
@@ -42,6 +51,7 @@ class Replacement {
  private:
   void abandon() noexcept;
 
+  Options options_;
   NativePath target_;
   std::string temporary_;
   NativeHandle handle_ = kInvalidHandle;

@@ -76,10 +76,14 @@ bool Replacement::begin(const NativePath& target, std::uint32_t& error) {
   abandon();
   written_ = 0;
   inPlace_ = false;
-  target_ = writeTarget(target);
+  target_ = options_.followLinks ? writeTarget(target) : target;
   const std::string& path = target_.native();
   struct stat old {};
   const bool existed = ::stat(path.c_str(), &old) == 0;
+  // A link being replaced, not followed: what it leads to is not this writer's concern.
+  struct stat own {};
+  const bool link =
+      !options_.followLinks && ::lstat(path.c_str(), &own) == 0 && S_ISLNK(own.st_mode);
   // The file's own permissions decide, as they do on the platform, not the directory's: a
   // read-only file (the owner's write bit clear, which is the read-only attribute) is refused
   // to every caller, and so is a file this caller may not write.
@@ -93,7 +97,7 @@ bool Replacement::begin(const NativePath& target, std::uint32_t& error) {
   for (int attempt = 0; attempt < kAttempts && fd < 0; ++attempt) {
     temporary_ = temporaryName(dir);
     fd = ::open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                existed ? 0600 : 0666);
+                existed && options_.keepAttributes ? 0600 : 0666);
     if (fd < 0 && errno != EEXIST) break;
   }
   if (fd < 0) {
@@ -109,7 +113,7 @@ bool Replacement::begin(const NativePath& target, std::uint32_t& error) {
     return false;
   }
   handle_ = fd;
-  if (existed) {
+  if (existed && options_.keepAttributes && !link) {
     struct stat made {};
     const bool sameOwner =
         ::fstat(fd, &made) == 0 && made.st_uid == old.st_uid && made.st_gid == old.st_gid;
