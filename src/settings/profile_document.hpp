@@ -264,6 +264,22 @@ class Document {
     return cp == 932 || cp == 936 || cp == 949 || cp == 950;
   }
 
+  // Lines no read looks at (blank ones; comments and other text, alike to every caller) are
+  // kept as one entry per run, so that a file of a million blank lines costs one entry.
+  void push(Line line) {
+    if (line.kind == LineKind::Comment) line.kind = LineKind::Other;
+    if (!lines_.empty() && (line.kind == LineKind::Blank || line.kind == LineKind::Other) &&
+        lines_.back().kind == line.kind) {
+      Line& run = lines_.back();
+      run.end = line.end;
+      run.next = line.next;
+      run.byteEnd = line.byteEnd;
+      run.byteNext = line.byteNext;
+      return;
+    }
+    lines_.push_back(line);
+  }
+
   template <class U>
   void scan(const U* p, std::size_t size) {
     const std::size_t unitBytes = wide() ? 2 : 1;
@@ -274,7 +290,7 @@ class Document {
       line.byteBegin = bom_ + line.begin * unitBytes;
       line.byteEnd = bom_ + line.end * unitBytes;
       line.byteNext = bom_ + line.next * unitBytes;
-      lines_.push_back(line);
+      push(line);
     }
   }
 
@@ -300,7 +316,7 @@ class Document {
       line.byteBegin = pos;
       line.byteEnd = end;
       line.byteNext = next;
-      lines_.push_back(line);
+      push(line);
       unit += count;
       pos = next;
     }

@@ -7,6 +7,7 @@
 #include "files/files_fixture.hpp"
 #include "orvogeneric/profile.hpp"
 #include "orvogeneric/system_errors.hpp"
+#include "settings/profile_document.hpp"
 
 namespace orvo::test {
 namespace {
@@ -72,6 +73,22 @@ TEST_F(ProfileFiles, AnOddLengthUtf16FileTakesNewTextOnAUnitBoundary) {
   EXPECT_EQ(get("o.ini", u"S", u"K"), u"v");
   EXPECT_EQ(ProfileSectionNames(path("o.ini")), (std::vector<String>{u"S", u"T"}));
   EXPECT_EQ(read("o.ini").size() % 2, 0U);
+}
+
+// Lines no read looks at cost one entry per run, so that a file of blank lines or comments takes
+// memory by its sections and keys; edits around such runs keep every byte.
+TEST_F(ProfileFiles, RunsOfIgnoredLinesAreOneEntry) {
+  std::string text = "[S]\r\n";
+  for (int i = 0; i < 1000; ++i) text += "\r\n";
+  text += ";comment\r\nother\r\n;again\r\nK=v\r\n\r\n\r\n[T]\r\n";
+  const settings::privateprofile::detail::Document document(text, 1252);
+  EXPECT_EQ(document.lineCount(), 6U);  // section, blanks, comments and text, key, blanks, section
+  write("runs.ini", text);
+  EXPECT_EQ(put("runs.ini", u"S", u"New", u"n"), 0U);
+  EXPECT_EQ(put("runs.ini", u"S", u"K", u"w"), 0U);
+  std::string expected = text;
+  expected.replace(expected.find("K=v\r\n"), 5, "K=w\r\nNew=n\r\n");
+  EXPECT_EQ(read("runs.ini"), expected);
 }
 
 }  // namespace
