@@ -1,9 +1,13 @@
 // Any bytes as orvo batch input, through the same code orvo runs: every line gets exactly one
-// answer line, a result or a numbered error; never a crash, a hang on nesting, or an over-read.
+// answer line, a result or a numbered error; never a crash, a hang on nesting or on a special
+// file, or an over-read. The scratch directory holds a FIFO and files whose names are not UTF-8
+// ("\udce9" in a JSON string is the byte 0xE9 of a name), for the settings calls to meet.
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -25,6 +29,11 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   // Members that touch files must find a scratch directory, not the repository.
   char dir[] = "/tmp/orvo_batch_fuzz_XXXXXX";
   if (::mkdtemp(dir) == nullptr || ::chdir(dir) != 0) std::abort();
+  if (::mkfifo("fifo.ini", 0600) != 0 || ::mkfifo("caf\xe9.fifo", 0600) != 0) std::abort();
+  std::FILE* latin1 = std::fopen("caf\xe9.ini", "wb");
+  if (latin1 == nullptr) std::abort();
+  std::fputs("[S]\r\nK=v\r\n", latin1);
+  std::fclose(latin1);
   return 0;
 }
 
