@@ -61,7 +61,8 @@ std::string run(Call call, ObjectTable& objects) {
     appendJson(out, value, objects);
   }
   if (!first) out += '}';
-  return out + "}";
+  out += '}';  // in place: a copy would hold a long answer twice
+  return out;
 }
 
 Variant argumentFromText(const std::string& text, const ObjectTable& objects) {

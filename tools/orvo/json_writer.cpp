@@ -32,6 +32,14 @@ std::int64_t ObjectTable::add(const std::shared_ptr<Object>& object) {
 }
 
 void appendQuoted(std::string& out, std::u16string_view text) {
+  // Grown once to its size: a long text grown by doubling would hold two copies at its last
+  // step. Surrogates count three bytes each (a pair takes four; a lone one, escaped, six: rare
+  // enough to grow for), and one more byte is kept for what closes the answer.
+  std::size_t length = 2;
+  for (const char16_t c : text) {
+    length += c < 0x20 ? 6 : c < 0x80 ? (c == u'"' || c == u'\\' ? 2 : 1) : c < 0x800 ? 2 : 3;
+  }
+  out.reserve(out.size() + length + 1);
   out += '"';
   static constexpr char kHex[] = "0123456789ABCDEF";
   auto escaped = [&](char16_t c) {

@@ -65,7 +65,8 @@ int finish(int status) {
 int commandCall(int argc, char** argv) {
   cli::ObjectTable objects;
   const cli::CallAnswer answer = cli::callLine(argc, argv, objects);
-  put(answer.line + "\n");
+  put(answer.line);  // the answer as it stands: a copy would hold a long text twice
+  put("\n");
   return finish(answer.ok ? 0 : 1);
 }
 
@@ -78,8 +79,7 @@ int commandBatch() {
     std::string_view text(line);
     if (!text.empty() && text.back() == '\r') text.remove_suffix(1);
     std::string answer = cli::batchLine(text, objects);
-    answer += '\n';
-    if (!put(answer) || std::fflush(stdout) != 0) return finish(0);
+    if (!put(answer) || !put("\n") || std::fflush(stdout) != 0) return finish(0);
   }
   return finish(0);
 }
