@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <ctime>
 #include <filesystem>
+#include <mutex>
+#include <unordered_set>
 
 #include "platform/posix/open_file.hpp"
 #include "platform/posix/windows_errors.hpp"
@@ -29,6 +31,13 @@ std::string directoryOf(const std::string& path) {
   if (slash == std::string::npos) return ".";
   if (slash == 0) return "/";
   return path.substr(0, slash);
+}
+
+bool firstWriteIn(const std::string& directory) {
+  static std::mutex mutex;
+  static std::unordered_set<std::string> seen;
+  const std::lock_guard lock(mutex);
+  return seen.insert(directory).second;
 }
 
 }  // namespace
@@ -121,7 +130,10 @@ std::optional<FileVersion> replaceWholeFile(const NativePath& path, std::string_
                                             std::uint32_t& error) {
   // Under the writers' lock no other writer is at work here: what temporary files there are
   // were left by writers that were killed, and so was the fixed name earlier versions used.
-  removeStaleReplacements(path);
+  // The directory is searched once per process: after that, only this process's own writers
+  // (which remove their files) or a kill since then can have left one, and a settings write
+  // should not cost a scan of a large directory every time.
+  if (firstWriteIn(directoryOf(path.native()))) removeStaleReplacements(path);
   const std::string& target = path.native();
   const auto slash = target.rfind('/');
   const std::string legacy =
