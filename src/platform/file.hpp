@@ -98,6 +98,8 @@ class File {
 
  private:
   [[nodiscard]] int fd() const noexcept { return static_cast<int>(handle_); }
+  // Records why a call failed, for lastError() and for the thread's last error.
+  void fail(std::uint32_t error) noexcept;
   NativeHandle handle_ = kInvalidHandle;
   std::uint32_t lastError_ = 0;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -45,6 +46,22 @@ class FilesTest : public ::testing::Test {
   }
 
   std::filesystem::path dir_;
+};
+
+// The same with the umask fixed at 022, for tests that check the permissions of new files.
+class FilesTestWithUmask : public FilesTest {
+ protected:
+  void SetUp() override {
+    FilesTest::SetUp();
+    previousMask_ = ::umask(022);
+  }
+  void TearDown() override {
+    ::umask(previousMask_);
+    FilesTest::TearDown();
+  }
+
+ private:
+  mode_t previousMask_ = 0;
 };
 
 }  // namespace orvo::test

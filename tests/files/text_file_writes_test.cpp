@@ -16,16 +16,8 @@ namespace fs = std::filesystem;
 // WriteStringToTextFileB writes a new file in place of the old one: what is there after a
 // success is what deleting and creating gave (a link replaced, a new file's permissions), and
 // after a refusal the old file is whole.
-class TextFileWrites : public FilesTest {
+class TextFileWrites : public FilesTestWithUmask {
  protected:
-  void SetUp() override {
-    FilesTest::SetUp();
-    previousMask_ = ::umask(022);
-  }
-  void TearDown() override {
-    ::umask(previousMask_);
-    FilesTest::TearDown();
-  }
   static std::int32_t write(const String& file, const String& text, std::int32_t codePage,
                             VBool putByte) {
     try {
@@ -35,7 +27,6 @@ class TextFileWrites : public FilesTest {
     }
     return 0;
   }
-  mode_t previousMask_ = 0;
 };
 
 TEST_F(TextFileWrites, ANewFileTakesThePlaceOfTheOld) {

@@ -7,18 +7,18 @@
 #include <cerrno>
 
 #include "orvogeneric/tool_checks.hpp"
+#include "platform/posix/open_file.hpp"
 
 namespace orvo {
 
 namespace {
 std::atomic<ChildStreams> gChildStreams{ChildStreams::Inherit};
-constexpr int kFirstFreeDescriptor = 3;
 }  // namespace
 
 void setChildStreams(ChildStreams streams) noexcept { gChildStreams = streams; }
 
 void ensureStandardDescriptors() noexcept {
-  for (int fd = 0; fd < kFirstFreeDescriptor; ++fd) {
+  for (int fd = 0; fd < platform::kFirstFreeDescriptor; ++fd) {
     if (::fcntl(fd, F_GETFD) >= 0 || errno != EBADF) continue;
     // The lowest free descriptor is the closed one. Read-only for all three: input reads as
     // empty, and writes still fail as they did on the closed descriptor, so a program that

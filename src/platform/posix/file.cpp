@@ -78,6 +78,11 @@ File& File::operator=(File&& other) noexcept {
 
 File::~File() { close(); }
 
+void File::fail(std::uint32_t error) noexcept {
+  lastError_ = error;
+  setLastError(error);  // as the platform keeps it for GetLastError
+}
+
 bool File::open(std::u16string_view path, const OpenOptions& options, bool* existed) {
   const bool read = options.access != Access::Write;
   const bool write = options.access != Access::Read;
@@ -86,8 +91,7 @@ bool File::open(std::u16string_view path, const OpenOptions& options, bool* exis
   struct stat st {};
   const bool there = !path.empty() && ::stat(native.c_str(), &st) == 0;
   if (there && S_ISDIR(st.st_mode)) {
-    lastError_ = kErrorAccessDenied;
-    setLastError(lastError_);  // as the platform keeps it for GetLastError
+    fail(kErrorAccessDenied);
     return false;
   }
   int flags = O_CLOEXEC | (read && write ? O_RDWR : write ? O_WRONLY : O_RDONLY);
@@ -110,8 +114,7 @@ bool File::open(std::u16string_view path, const OpenOptions& options, bool* exis
   std::uint32_t error = 0;
   const int fd = openRegularFile(native, flags, 0666, error);
   if (fd < 0) {
-    lastError_ = error;
-    setLastError(lastError_);  // as the platform keeps it for GetLastError
+    fail(error);
     return false;
   }
   handle_ = fd;
@@ -136,8 +139,7 @@ bool File::readToEnd(std::vector<std::uint8_t>& out) {
     const ssize_t n = ::read(fd(), out.data() + filled, out.size() - filled);
     if (n < 0) {
       if (errno == EINTR) continue;
-      lastError_ = windowsError(errno);
-      setLastError(lastError_);  // as the platform keeps it for GetLastError
+      fail(windowsError(errno));
       out.clear();
       return false;
     }
@@ -155,8 +157,7 @@ bool File::openForAppend(std::u16string_view path, bool create) {
   std::uint32_t error = 0;
   const int fd = openRegularFile(native, O_WRONLY | O_APPEND | (create ? O_CREAT : 0), 0666, error);
   if (fd < 0) {
-    lastError_ = error;
-    setLastError(lastError_);  // as the platform keeps it for GetLastError
+    fail(error);
     return false;
   }
   handle_ = fd;
@@ -170,8 +171,7 @@ std::int64_t File::read(std::span<std::uint8_t> buffer) {
     const ssize_t n = ::read(fd(), buffer.data() + done, buffer.size() - done);
     if (n < 0) {
       if (errno == EINTR) continue;
-      lastError_ = windowsError(errno);
-      setLastError(lastError_);  // as the platform keeps it for GetLastError
+      fail(windowsError(errno));
       return -1;
     }
     if (n == 0) break;
@@ -186,8 +186,7 @@ bool File::writeAll(std::span<const std::uint8_t> bytes) {
     const ssize_t n = ::write(fd(), bytes.data() + done, bytes.size() - done);
     if (n < 0) {
       if (errno == EINTR) continue;
-      lastError_ = windowsError(errno);
-      setLastError(lastError_);  // as the platform keeps it for GetLastError
+      fail(windowsError(errno));
       return false;
     }
     done += static_cast<std::size_t>(n);
@@ -200,8 +199,7 @@ bool File::seek(std::int64_t offset, SeekOrigin origin) {
                      : origin == SeekOrigin::Current ? SEEK_CUR
                                                      : SEEK_END;
   if (::lseek(fd(), offset, whence) < 0) {
-    lastError_ = windowsError(errno);
-    setLastError(lastError_);  // as the platform keeps it for GetLastError
+    fail(windowsError(errno));
     return false;
   }
   return true;
@@ -217,8 +215,7 @@ std::optional<std::int64_t> File::size() const {
 
 bool File::flush() {
   if (::fsync(fd()) != 0 && errno != EINVAL && errno != EROFS) {
-    lastError_ = windowsError(errno);
-    setLastError(lastError_);  // as the platform keeps it for GetLastError
+    fail(windowsError(errno));
     return false;
   }
   return true;

@@ -10,10 +10,6 @@
 
 namespace orvo::platform {
 
-namespace {
-constexpr int kFirstFreeDescriptor = 3;  // after standard input, output and error
-}  // namespace
-
 int openRegularFile(const std::string& path, int flags, mode_t mode, std::uint32_t& error) {
   // The read-only attribute (the owner's write bit clear) refuses every writer, a privileged
   // one too, as the platform refuses it; checked before the open, which may truncate.

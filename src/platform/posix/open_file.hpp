@@ -7,6 +7,9 @@
 
 namespace orvo::platform {
 
+// The first descriptor after standard input, output and error.
+inline constexpr int kFirstFreeDescriptor = 3;
+
 // Opens a file the library was given by name. The open itself never waits (a FIFO without a
 // writer, a device that blocks), never makes a terminal the controlling one, and what it opened
 // must be a regular file: anything else is closed again and refused with "access denied" (5),

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "platform/posix/directory_of.hpp"
 #include "platform/posix/open_file.hpp"
 #include "platform/posix/windows_errors.hpp"
 #include "platform/whole_file.hpp"
@@ -22,13 +23,6 @@ namespace {
 constexpr std::string_view kPrefix = ".~orvo";
 constexpr std::size_t kRandomLetters = 10;
 constexpr int kAttempts = 64;
-
-std::string directoryOf(const std::string& path) {
-  const auto slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  if (slash == 0) return "/";
-  return path.substr(0, slash);
-}
 
 std::string temporaryName(const std::string& dir) {
   static constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyz0123456789";

@@ -11,6 +11,7 @@
 #include <mutex>
 #include <unordered_set>
 
+#include "platform/posix/directory_of.hpp"
 #include "platform/posix/open_file.hpp"
 #include "platform/posix/windows_errors.hpp"
 #include "platform/replacement.hpp"
@@ -24,13 +25,6 @@ FileVersion versionOf(const struct stat& st) {
           static_cast<std::int64_t>(st.st_size),
           static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec,
           static_cast<std::int64_t>(st.st_ctim.tv_sec) * 1000000000 + st.st_ctim.tv_nsec};
-}
-
-std::string directoryOf(const std::string& path) {
-  const auto slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  if (slash == 0) return "/";
-  return path.substr(0, slash);
 }
 
 bool firstWriteIn(const std::string& directory) {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/file.hpp"
+#include "platform/posix/directory_of.hpp"
 
 namespace orvo::platform {
 
@@ -41,12 +42,9 @@ inline std::uint32_t windowsError(int error) {
 // the platform tells apart from a missing file (2).
 inline std::uint32_t openError(const std::string& nativePath, int error) {
   if (error == ENOENT) {
-    const auto slash = nativePath.find_last_of('/');
-    const std::string dir = slash == std::string::npos ? "."
-                            : slash == 0               ? "/"
-                                                       : nativePath.substr(0, slash);
     struct stat st {};
-    if (::stat(dir.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return kErrorPathNotFound;
+    if (::stat(directoryOf(nativePath).c_str(), &st) != 0 || !S_ISDIR(st.st_mode))
+      return kErrorPathNotFound;
   }
   return windowsError(error);
 }

@@ -19,16 +19,8 @@ namespace fs = std::filesystem;
 
 constexpr uid_t kNobody = 65534;
 
-class ReplacementTest : public test::FilesTest {
+class ReplacementTest : public test::FilesTestWithUmask {
  protected:
-  void SetUp() override {
-    FilesTest::SetUp();
-    previousMask_ = ::umask(022);
-  }
-  void TearDown() override {
-    ::umask(previousMask_);
-    FilesTest::TearDown();
-  }
   // Writes the text as the new version of the file; the Windows error number, 0 on success.
   static std::uint32_t replace(const fs::path& file, const std::string& text, bool commit = true) {
     Replacement r;
@@ -53,8 +45,6 @@ class ReplacementTest : public test::FilesTest {
   [[nodiscard]] std::size_t entries() const {
     return static_cast<std::size_t>(std::distance(fs::directory_iterator(dir_), {}));
   }
-
-  mode_t previousMask_ = 0;
 };
 
 TEST_F(ReplacementTest, NewAndExistingFiles) {
