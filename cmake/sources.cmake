@@ -72,7 +72,8 @@ set(ORVO_SOURCES_SETTINGS
     src/settings/app_ini.cpp
     src/settings/ini_values.cpp
     src/settings/profile.cpp
-    src/settings/profile_cache.cpp)
+    src/settings/profile_cache.cpp
+    src/settings/profile_document.cpp)
 
 set(ORVO_SOURCES_SYSTEM
     src/system/SystemUtilities.cpp
@@ -90,6 +91,7 @@ set(ORVO_SOURCES_TEXT
     src/text/compare.cpp
     src/text/expand.cpp
     src/text/keypress.cpp
+    src/text/line_breaks.cpp
     src/text/maths.cpp
     src/text/numbers.cpp
     src/text/path_compact.cpp

@@ -12,6 +12,7 @@
 #include "frame/traps.hpp"
 #include "runtime/errors.hpp"
 #include "runtime/strings.hpp"
+#include "text/line_breaks.hpp"
 #include "text/strings.hpp"
 
 namespace orvo::files {
@@ -230,21 +231,7 @@ std::size_t HugeTextFile::findTerminator() const {
   const std::uint8_t* p = buffer_.data() + pos_;
   const std::size_t n = dataLength_ - pos_;
   std::size_t i = 0;
-  if (unitWidth_ == 1) {
-#if defined(__SSE2__)
-    const __m128i cr = _mm_set1_epi8(13);
-    const __m128i lf = _mm_set1_epi8(10);
-    for (; i + 16 <= n; i += 16) {
-      const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
-      const int m = _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(v, cr), _mm_cmpeq_epi8(v, lf)));
-      if (m != 0) return i + static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(m)));
-    }
-#endif
-    for (; i < n; ++i) {
-      if (p[i] == 13 || p[i] == 10) return i;
-    }
-    return n;
-  }
+  if (unitWidth_ == 1) return text::findLineBreak(p, n);
   if (unitWidth_ == 2) {
 #if defined(__SSE2__)
     // Units as little-endian lanes: a big-endian CR reads as 0x0D00.

@@ -31,6 +31,7 @@ namespace orvo::settings::privateprofile {
 
 namespace {
 
+using detail::ByteLine;
 using detail::Document;
 using detail::isBlank;
 using detail::Line;
@@ -80,13 +81,11 @@ String GetPrivateProfileString(const String& section, const String& key, const S
   const auto document = loadDocument(platform::NativePath(file));
   if (document == nullptr) return cut(fallback);
   const auto s = document->findSection(upper(trimBlanks(throughAnsi(section, form))));
-  if (s < 0) return cut(fallback);
-  const auto k =
-      document->findKey(static_cast<std::size_t>(s), upper(trimBlanks(throughAnsi(key, form))));
-  if (k < 0) return cut(fallback);
-  const Line& line = document->line(static_cast<std::size_t>(k));
+  if (!s) return cut(fallback);
+  const auto line = document->findKey(*s, upper(trimBlanks(throughAnsi(key, form))));
+  if (!line) return cut(fallback);
   if (found != nullptr) *found = true;
-  return cut(throughAnsi(unquote(document->text(line.valueBegin, line.valueEnd)), form));
+  return cut(throughAnsi(unquote(document->text(line->valueBegin, line->valueEnd)), form));
 }
 
 bool WritePrivateProfileString(const String* section, const String* key, const String* value,
@@ -117,10 +116,10 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
     bytes.emplace();
   }
   if (bytes->size() >= detail::kLargestFile) return fail(platform::kErrorNotEnoughMemory);
-  const auto known = cachedDocument(path);
-  const auto document = known != nullptr && stillValid(*known) && known->raw() == *bytes
-                            ? known
-                            : std::make_shared<const Document>(std::move(*bytes), acp);
+  auto known = cachedDocument(path);
+  auto document = known != nullptr && stillValid(*known) && known->raw() == *bytes
+                      ? known
+                      : std::make_shared<const Document>(std::move(*bytes), acp);
   const std::string& raw = document->raw();
   const String crlf = u"\r\n";
   std::string updated;
@@ -136,40 +135,35 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
 
   const auto s = document->findSection(upper(sectionName));
   if (key == nullptr || value == nullptr) {
-    if (s < 0) return true;
-    const auto section0 = static_cast<std::size_t>(s);
+    if (!s) return true;
     if (key == nullptr) {
-      const std::size_t header = document->sectionHeader(section0);
-      const std::size_t end = document->sectionEnd(section0);
-      const std::size_t to = end < document->lineCount() ? document->line(end).byteBegin
-                                                         : document->line(end - 1).byteNext;
-      splice(document->line(header).byteBegin, to, {});
+      splice(document->byteOf(s->header), document->byteOf(s->end), {});
     } else {
-      const auto k = document->findKey(section0, upper(keyName));
-      if (k < 0) return true;
-      const Line& line = document->line(static_cast<std::size_t>(k));
-      splice(line.byteBegin, line.byteNext, {});
+      const auto line = document->findKey(*s, upper(keyName));
+      if (!line) return true;
+      const ByteLine at = document->bytesOf(*line);
+      splice(at.begin, at.next, {});
     }
-  } else if (s >= 0) {
-    const auto section0 = static_cast<std::size_t>(s);
-    const auto k = document->findKey(section0, upper(keyName));
-    if (k >= 0) {
-      const Line& line = document->line(static_cast<std::size_t>(k));
+  } else if (s) {
+    const auto line = document->findKey(*s, upper(keyName));
+    if (line) {
       // The stored value already reads as written: the file is left alone.
-      if (document->text(line.valueBegin, line.valueEnd) == newValue) return true;
-      const String replaced = document->text(line.nameBegin, line.nameEnd) + u"=" + newValue;
-      splice(line.byteBegin, line.byteEnd, document->encode(replaced));
+      if (document->text(line->valueBegin, line->valueEnd) == newValue) return true;
+      const String replaced = document->text(line->nameBegin, line->nameEnd) + u"=" + newValue;
+      const ByteLine at = document->bytesOf(*line);
+      splice(at.begin, at.end, document->encode(replaced));
     } else {
       // After the section's last line that is not blank, so that blank lines separating it
       // from the next section stay where they are.
-      std::size_t last = document->sectionHeader(section0);
-      for (std::size_t i = last + 1; i < document->sectionEnd(section0); ++i) {
-        if (document->line(i).kind != LineKind::Blank) last = i;
+      Line after = document->lineAt(s->header);
+      for (std::size_t pos = after.next; pos < s->end;) {
+        const Line l = document->lineAt(pos);
+        if (l.kind != LineKind::Blank) after = l;
+        pos = l.next;
       }
-      const Line& after = document->line(last);
       const String prefix = after.next == after.end ? crlf : String();
-      splice(after.byteNext, after.byteNext,
-             document->encode(prefix + keyName + u"=" + newValue + crlf));
+      const std::size_t at = document->bytesOf(after).next;
+      splice(at, at, document->encode(prefix + keyName + u"=" + newValue + crlf));
     }
   } else {
     const String prefix = document->endsWithTerminator() ? String() : crlf;
@@ -177,6 +171,11 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
            document->encode(prefix + u"[" + sectionName + u"]" + crlf + keyName + u"=" + newValue +
                             crlf));
   }
+  // The old parse is let go before the new one is made, so that a large file is not held
+  // parsed twice.
+  known.reset();
+  document.reset();
+  forgetDocument(path);
   const std::int64_t writtenAt = platform::stampClockNs();
   const auto version = platform::replaceWholeFile(path, updated, error);
   if (!version) return fail(error);
@@ -194,19 +193,19 @@ std::optional<ProfileSnapshot> ProfileSnapshot::read(const String& file) {
 std::optional<String> ProfileSnapshot::value(std::u16string_view section,
                                              std::u16string_view key) const {
   const auto s = document_->findSection(upper(trimBlanks(section)));
-  if (s < 0) return std::nullopt;
-  const auto k = document_->findKey(static_cast<std::size_t>(s), upper(trimBlanks(key)));
-  if (k < 0) return std::nullopt;
-  const Line& line = document_->line(static_cast<std::size_t>(k));
-  return unquote(document_->text(line.valueBegin, line.valueEnd));
+  if (!s) return std::nullopt;
+  const auto line = document_->findKey(*s, upper(trimBlanks(key)));
+  if (!line) return std::nullopt;
+  return unquote(document_->text(line->valueBegin, line->valueEnd));
 }
 
 std::vector<String> ProfileSnapshot::sectionNames() const {
   std::vector<String> names;
-  for (std::size_t i = 0; i < document_->lineCount(); ++i) {
-    const Line& line = document_->line(i);
+  for (std::size_t pos = 0; pos < document_->textSize();) {
+    const Line line = document_->lineAt(pos);
     if (line.kind == LineKind::Section)
       names.push_back(document_->text(line.nameBegin, line.nameEnd));
+    pos = line.next;
   }
   return names;
 }
@@ -214,11 +213,11 @@ std::vector<String> ProfileSnapshot::sectionNames() const {
 std::optional<std::vector<std::pair<String, String>>> ProfileSnapshot::section(
     std::u16string_view name) const {
   const auto s = document_->findSection(upper(trimBlanks(name)));
-  if (s < 0) return std::nullopt;
+  if (!s) return std::nullopt;
   std::vector<std::pair<String, String>> entries;
-  const auto index = static_cast<std::size_t>(s);
-  for (std::size_t i = document_->sectionHeader(index) + 1; i < document_->sectionEnd(index); ++i) {
-    const Line& line = document_->line(i);
+  for (std::size_t pos = document_->lineAt(s->header).next; pos < s->end;) {
+    const Line line = document_->lineAt(pos);
+    pos = line.next;
     if (line.kind != LineKind::Key) continue;
     entries.emplace_back(document_->text(line.nameBegin, line.nameEnd),
                          unquote(document_->text(line.valueBegin, line.valueEnd)));

@@ -41,6 +41,11 @@ std::shared_ptr<const Document> cachedDocument(const platform::NativePath& path)
   return it == cache().end() ? nullptr : it->second.document;
 }
 
+void forgetDocument(const platform::NativePath& path) {
+  const std::lock_guard lock(cacheMutex());
+  cache().erase(path);
+}
+
 void rememberDocument(const platform::NativePath& path, const platform::FileVersion& version,
                       std::shared_ptr<const Document> document, std::int64_t readAtNs) {
   const std::lock_guard lock(cacheMutex());

@@ -18,6 +18,8 @@ bool stillValid(const detail::Document& document);
 std::shared_ptr<const detail::Document> loadDocument(const platform::NativePath& path);
 // The last parse of the file whatever its stamp (a writer compares bytes with it); may be null.
 std::shared_ptr<const detail::Document> cachedDocument(const platform::NativePath& path);
+// Drops the file's parse, if any.
+void forgetDocument(const platform::NativePath& path);
 // Records what a writer has just written, with the time its bytes were known to be the file's.
 void rememberDocument(const platform::NativePath& path, const platform::FileVersion& version,
                       std::shared_ptr<const detail::Document> document, std::int64_t readAtNs);

@@ -75,20 +75,30 @@ TEST_F(ProfileFiles, AnOddLengthUtf16FileTakesNewTextOnAUnitBoundary) {
   EXPECT_EQ(read("o.ini").size() % 2, 0U);
 }
 
-// Lines no read looks at cost one entry per run, so that a file of blank lines or comments takes
-// memory by its sections and keys; edits around such runs keep every byte.
-TEST_F(ProfileFiles, RunsOfIgnoredLinesAreOneEntry) {
-  std::string text = "[S]\r\n";
-  for (int i = 0; i < 1000; ++i) text += "\r\n";
-  text += ";comment\r\nother\r\n;again\r\nK=v\r\n\r\n\r\n[T]\r\n";
-  const settings::privateprofile::detail::Document document(text, 1252);
-  EXPECT_EQ(document.lineCount(), 6U);  // section, blanks, comments and text, key, blanks, section
-  write("runs.ini", text);
-  EXPECT_EQ(put("runs.ini", u"S", u"New", u"n"), 0U);
-  EXPECT_EQ(put("runs.ini", u"S", u"K", u"w"), 0U);
+// A file too dense to index (tiny sections of one-letter keys) is edited as exactly as any
+// other: the line replaced, the key added after its section's last line, the section removed.
+TEST_F(ProfileFiles, AFileTooDenseToIndexIsEditedLineForLine) {
+  const auto section = [](int i) {
+    std::string s = "[" + std::to_string(i) + "]\na=" + std::to_string(i) + "\n";
+    for (char k = 'b'; k <= 't'; ++k) s += std::string(1, k) + "=\n";
+    return s + "\n";
+  };
+  std::string text = "\xEF\xBB\xBFtop=1\r\n";
+  for (int i = 0; i < 20000; ++i) text += section(i);
+  ASSERT_FALSE(settings::privateprofile::detail::Document(text, 1252).keysIndexed());
+  write("dense.ini", text);
+  EXPECT_EQ(put("dense.ini", u"500", u"A", u"new"), 0U);
+  EXPECT_EQ(put("dense.ini", u"501", u"z", u"added"), 0U);
+  std::uint32_t error = 0;
+  EXPECT_TRUE(ProfileWrite(path("dense.ini"), u"502", nullptr, nullptr, &error));
+
   std::string expected = text;
-  expected.replace(expected.find("K=v\r\n"), 5, "K=w\r\nNew=n\r\n");
-  EXPECT_EQ(read("runs.ini"), expected);
+  expected.replace(expected.find("[500]\na=500\n"), 12, "[500]\na=new\n");
+  expected.insert(expected.find("t=\n", expected.find("[501]")) + 3, "z=added\r\n");
+  expected.erase(expected.find("[502]"), section(502).size());
+  EXPECT_EQ(read("dense.ini"), expected);
+  EXPECT_EQ(get("dense.ini", u"500", u"a"), u"new");
+  EXPECT_EQ(get("dense.ini", u"19999", u"a"), u"19999");
 }
 
 }  // namespace

@@ -69,8 +69,12 @@ std::optional<std::string> readWholeFile(const NativePath& path, FileVersion* ve
   std::string bytes(static_cast<std::size_t>(st.st_size), '\0');
   std::size_t filled = 0;
   for (;;) {
-    if (filled == bytes.size()) bytes.resize(bytes.size() + 4096);  // grown since the stat
-    const ssize_t n = ::read(fd, bytes.data() + filled, bytes.size() - filled);
+    // Once the size taken first is filled, a small probe asks whether the file grew since:
+    // growing the whole buffer to ask would double the memory of every read.
+    char probe[4096];
+    const bool full = filled == bytes.size();
+    const ssize_t n = full ? ::read(fd, probe, sizeof probe)
+                           : ::read(fd, bytes.data() + filled, bytes.size() - filled);
     if (n < 0) {
       if (errno == EINTR) continue;
       error = windowsError(errno);
@@ -78,6 +82,7 @@ std::optional<std::string> readWholeFile(const NativePath& path, FileVersion* ve
       return std::nullopt;
     }
     if (n == 0) break;
+    if (full) bytes.append(probe, static_cast<std::size_t>(n));
     filled += static_cast<std::size_t>(n);
   }
   bytes.resize(filled);
