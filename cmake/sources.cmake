@@ -92,6 +92,7 @@ set(ORVO_SOURCES_TEXT
     src/text/expand.cpp
     src/text/keypress.cpp
     src/text/line_breaks.cpp
+    src/text/line_scan.cpp
     src/text/maths.cpp
     src/text/numbers.cpp
     src/text/path_compact.cpp

@@ -192,9 +192,16 @@ void HugeTextFile::Rewind() {
     lineCount_ = 0;
     eof_ = false;
     pendingCR_ = false;
+    // A file smaller than the buffer asked for still comes in one read with a buffer the size
+    // of the file and some room for growth, at a fraction of the memory touched.
+    std::size_t size = static_cast<std::size_t>(bufferSize_);
+    constexpr std::size_t kRoom = std::size_t{64} << 10;
+    if (const auto length = file_.size();
+        length && *length >= 0 && static_cast<std::uint64_t>(*length) + kRoom < size) {
+      size = static_cast<std::size_t>(*length) + kRoom;
+    }
     // A UTF-32 unit must not straddle two buffers.
-    buffer_.resize(static_cast<std::size_t>(bufferSize_) -
-                   static_cast<std::size_t>(bufferSize_) % unitWidth_);
+    buffer_.resize(size - size % unitWidth_);
     dataLength_ = 0;
     pos_ = 0;
     readNextBuffer();
@@ -352,10 +359,41 @@ void HugeTextFile::LineSkip(std::int64_t count) {
   frame::trap(u"LineSkip", [&] {
     if (!file_.isOpen()) fail(kNotOpen);
     if (access_ != Read) fail(kReadingWhileWriting);
-    for (std::int64_t i = 0; i < count && !eof_; ++i) {
-      if (!nextLine(nullptr)) break;
-    }
+    skipLines(count);
   });
+}
+
+std::int64_t HugeTextFile::skipLines(std::int64_t count) {
+  const text::UnitForm form{static_cast<std::uint8_t>(unitWidth_), significantByte_ != 0};
+  std::int64_t skipped = 0;
+  bool midLine = false;  // units read since the last line end
+  while (skipped < count && !eof_) {
+    if (pos_ < dataLength_) {
+      const std::size_t left = dataLength_ - pos_;
+      const auto wanted = static_cast<std::uint64_t>(count - skipped);
+      const text::LineEndScan scan =
+          text::scanLineEnds(buffer_.data() + pos_, left, form, false, wanted);
+      skipped += static_cast<std::int64_t>(scan.ends);
+      lineCount_ += static_cast<std::int64_t>(scan.ends);
+      if (scan.ends == wanted) {
+        consumeTerminator(scan.stop - unitWidth_);
+        if (pos_ >= dataLength_) readNextBuffer();
+        return skipped;
+      }
+      // The buffer ran out first: the line goes on in the next one unless the buffer ended
+      // with a terminator, and the LF of a CR LF pair cut in two is skipped there.
+      midLine = scan.stop < left || !scan.lastWasBreak;
+      pendingCR_ = scan.stop == left && scan.lastWasCr;
+      pos_ = dataLength_;
+    }
+    readNextBuffer();
+    if (eof_ && midLine) {
+      // The last line had no terminator.
+      ++skipped;
+      ++lineCount_;
+    }
+  }
+  return skipped;
 }
 
 void HugeTextFile::writeBuffer() {

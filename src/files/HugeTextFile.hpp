@@ -8,6 +8,8 @@
 #include "orvogeneric/variant.hpp"
 #include "platform/codepage.hpp"
 #include "platform/file.hpp"
+#include "runtime/buffer.hpp"
+#include "text/line_scan.hpp"
 
 namespace orvo::files {
 
@@ -89,6 +91,8 @@ class HugeTextFile {
   // Steps over the terminator at pos_ + offset (a CR LF pair as one).
   void consumeTerminator(std::size_t offset);
   bool nextLine(String* line);
+  // Skips up to count lines by scanning whole buffers; the lines skipped.
+  std::int64_t skipLines(std::int64_t count);
   void decodeLine(std::span<const std::uint8_t> bytes, String& line) const;
   void writeBuffer();
 
@@ -97,7 +101,7 @@ class HugeTextFile {
   std::int32_t access_ = 0;
   std::int32_t bufferSize_ = 32768;
   String eol_;
-  std::vector<std::uint8_t> buffer_;
+  runtime::Buffer<std::uint8_t> buffer_;
   std::size_t dataLength_ = 0;
   std::size_t pos_ = 0;
   bool pendingCR_ = false;

@@ -1,6 +1,8 @@
 #include "orvogeneric/text_conversion.hpp"
 
+#include <bit>
 #include <cerrno>
+#include <cstring>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -10,6 +12,7 @@
 #include "platform/codepage.hpp"
 #include "platform/file.hpp"
 #include "platform/replacement.hpp"
+#include "runtime/buffer.hpp"
 
 namespace orvo {
 
@@ -102,6 +105,26 @@ bool convertible(std::int32_t codePage) {
 
 bool isLeadSurrogate(char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 
+// The text in the target's encoding: UTF-16 in the host's byte order as it stands, anything
+// else through the target's converter into the one encode buffer.
+std::string_view encode(std::u16string_view text, std::int32_t to,
+                        const platform::Converter& encoder,
+                        runtime::Buffer<std::uint8_t>& encoded) {
+  const std::int32_t hostOrder =
+      std::endian::native == std::endian::little ? CP_UTF16_LE : CP_UTF16_BE;
+  if (to == hostOrder) return {reinterpret_cast<const char*>(text.data()), text.size() * 2};
+  const auto page = files::effectiveCodePage(to);
+  if (!platform::hasRecordedTables(page) && to != CP_UTF16_LE && to != CP_UTF16_BE) {
+    // Pages known only by their ICU tables may take more than three bytes a unit.
+    const std::string bytes = platform::wideToMultiByte(page, text);
+    encoded.assign(bytes.begin(), bytes.end());
+    return {reinterpret_cast<const char*>(encoded.data()), encoded.size()};
+  }
+  if (encoded.size() < text.size() * 3) encoded.resize(text.size() * 3);
+  const std::size_t n = encoder.fromWide(text, encoded.data());
+  return {reinterpret_cast<const char*>(encoded.data()), n};
+}
+
 }  // namespace
 
 ConversionResult ConvertTextFile(const std::filesystem::path& source,
@@ -149,35 +172,36 @@ ConversionResult ConvertTextFile(const std::filesystem::path& source,
   bool ok = write(targetBom(conversion));
   const bool wide = from == CP_UTF16_LE || from == CP_UTF16_BE;
   const std::uint32_t page = files::effectiveCodePage(from);
-  std::vector<std::uint8_t> buffer(kChunk);
-  std::size_t held = 0;  // bytes at the buffer's start that wait for the rest of a character
+  const platform::Converter decoder(page);
+  const platform::Converter encoder(files::effectiveCodePage(conversion.to));
+  // Every buffer is allocated once: the bytes read (with room for the end of a character carried
+  // over), their text as UTF-16 (with the lead surrogate carried over), and the encoded bytes.
+  runtime::Buffer<std::uint8_t> buffer(kChunk * 2);
+  runtime::Buffer<char16_t> units(kChunk * 2 + 1);
+  runtime::Buffer<std::uint8_t> encoded;
+  std::size_t held = 0;   // bytes at the buffer's start that wait for the rest of a character
+  bool heldUnit = false;  // a lead surrogate at units[0] whose pair comes with the next chunk
   std::int64_t doneBytes = 0;
-  String text;
-  std::string encoded;
-  String heldUnit;  // a lead surrogate whose pair comes with the next chunk
   for (;;) {
     if (buffer.size() < held + kChunk) buffer.resize(held + kChunk);
     // A read fills what it is given unless the file ends first.
-    const std::int64_t n = in.read(std::span(buffer).subspan(held, kChunk));
+    const std::int64_t n = in.read(std::span(buffer.data() + held, kChunk));
     if (n < 0) return {ConversionFailure::ReadSource, reasonOf(in.lastError())};
     const bool last = n < static_cast<std::int64_t>(kChunk);
     doneBytes += n;
     const std::size_t filled = held + static_cast<std::size_t>(n);
     const std::span<const std::uint8_t> bytes(buffer.data(), filled);
     const std::size_t cut = last ? filled : safeCut(bytes, page, wide);
-    text = heldUnit;
-    heldUnit.clear();
-    if (cut > 0) files::decodeBytes(bytes.first(cut), from, text);
-    std::copy(buffer.begin() + static_cast<std::ptrdiff_t>(cut),
-              buffer.begin() + static_cast<std::ptrdiff_t>(filled), buffer.begin());
+    const std::size_t start = heldUnit ? 1 : 0;
+    if (units.size() < start + cut + 1) units.resize(start + cut + 1);
+    const std::size_t count = start + decoder.toWide(bytes.first(cut), units.data() + start);
+    std::memmove(buffer.data(), buffer.data() + cut, filled - cut);
     held = filled - cut;
-    if (!last && !text.empty() && isLeadSurrogate(text.back())) {
-      heldUnit = text.back();
-      text.pop_back();
-    }
-    encoded.clear();
-    files::encodeText(text, conversion.to, encoded);
-    ok = ok && write(encoded);
+    heldUnit = !last && count > 0 && isLeadSurrogate(units[count - 1]);
+    const std::size_t complete = heldUnit ? count - 1 : count;
+    ok = ok && write(encode(std::u16string_view(units.data(), complete), conversion.to, encoder,
+                            encoded));
+    if (heldUnit) units[0] = units[count - 1];
     if (progress) progress(doneBytes);
     if (last || !ok) break;
   }
