@@ -34,6 +34,14 @@ class EncodingCache {
     if (it == map_.end()) return std::nullopt;
     return it->second;
   }
+  // contains() then get() in one look, for a path without edge blanks (where both use the
+  // same key); nullopt when it is not there.
+  std::optional<enumFileEncoding> lookup(std::u16string_view path) const {
+    const std::lock_guard lock(mutex_);
+    const auto it = map_.find(runtime::UCase(path));
+    if (it == map_.end()) return std::nullopt;
+    return it->second;
+  }
   void add(std::u16string_view path, enumFileEncoding encoding) {
     const std::lock_guard lock(mutex_);
     // Adding a key that is there already fails in the collection (457); the first stays.
@@ -206,6 +214,13 @@ std::optional<enumFileEncoding> rememberedEncoding(const String& FilePath) {
   return known.get(FilePath);
 }
 
+enumFileEncoding EncodingOfExistingFile(const String& FileName, std::int32_t NumBytes) {
+  if (runtime::trimView(FileName).size() == FileName.size()) {
+    if (const auto known = cache().lookup(FileName)) return *known;
+  }
+  return TextFileEncoding(FileName, NumBytes);
+}
+
 enumFileEncoding TextFileEncoding(const String& FileName, std::int32_t NumBytes) {
   if (!isTrue(FileExists(FileName))) return encANSI;
   EncodingCache& known = cache();
@@ -261,7 +276,6 @@ VBool FileIsUnicode(const String& FilePath, enumFileEncoding* FileEncoding) {
 
 namespace {
 bool isInstalledAnsiCodePage(std::int32_t cp) {
-  frame::main();  // the lists are built on first need when no object of ours was made yet
   return nonZero(text::bIsInCollection(system::AvailableANSICodePages(), system::numberKey(cp)));
 }
 }  // namespace

@@ -46,6 +46,10 @@ std::int32_t CodePageCheck(std::int32_t CodePageSupplied, enumFileEncoding FileE
 
 // The remembered encoding of a path, without looking at the file; nullopt when none is.
 std::optional<enumFileEncoding> rememberedEncoding(const String& FilePath);
+// TextFileEncoding of a file the caller has just seen to exist: a remembered verdict is
+// answered without looking at the file again.
+enumFileEncoding EncodingOfExistingFile(const String& FileName,
+                                        std::int32_t NumBytes = kDefaultSampleBytes);
 
 void SetTextFileEncoding(const Variant& FilePath, enumFileEncoding FileEncoding);
 void ClearTextFileEncoding(const Variant& FilePath);

@@ -1,6 +1,7 @@
 #include "files/textfiles.hpp"
 
 #include <algorithm>
+#include <mutex>
 
 #include "files/HugeTextFile.hpp"
 #include "files/encoding.hpp"
@@ -10,8 +11,10 @@
 #include "frame/trace.hpp"
 #include "frame/traps.hpp"
 #include "platform/file.hpp"
+#include "platform/last_error.hpp"
 #include "platform/locale.hpp"
 #include "platform/replacement.hpp"
+#include "platform/whole_file.hpp"
 #include "runtime/convert.hpp"
 #include "runtime/errors.hpp"
 #include "runtime/strings.hpp"
@@ -110,7 +113,7 @@ std::int64_t fileLineCount64(const String& FilePath) {
   // The count does not depend on the buffer's size; a megabyte reads a big file in a 32nd of the
   // system calls, which were a third of the time a count took.
   reader.FileOpen(FilePath, HugeTextFile::Read, 0, -1, 1 << 20, &codePage);
-  while (!reader.EndOfFile()) reader.LineSkip(100000);
+  reader.LineSkip(INT64_MAX);
   const std::int64_t count = reader.LineCount();
   reader.FileClose(true);
   return count;
@@ -314,29 +317,62 @@ void WriteStringArrayToTextFile(const SafeArray& FileLines, const String& File) 
   WriteStringToTextFileB(joinLines(FileLines), File, 0, VBool::True);
 }
 
+namespace {
+
+// The file last written by PrintToExistingFile. Opening the file for every line, as the
+// original did, costs more than the line: one look at the name (a stat) tells whether the
+// file still exists, is the one held and may still be written, which is all an open told.
+struct HeldFile {
+  std::mutex mutex;
+  String path;
+  platform::FileId id{};
+  platform::File file;
+};
+
+HeldFile& heldFile() {
+  static HeldFile held;
+  return held;
+}
+
+}  // namespace
+
 bool PrintToExistingFile(const String& sString, const String& FilePath, std::int32_t CodePage,
                          VBool PutByte, VBool AppendNewLine) {
   return frame::trap(u"PrintB", [&] {
-    platform::File file;
-    if (!file.openForAppend(FilePath, false)) return false;
+    HeldFile& held = heldFile();
+    const auto version = platform::fileVersion(platform::NativePath(FilePath));
+    if (!version || version->readOnly) {
+      const std::lock_guard lock(held.mutex);
+      if (held.path == FilePath) held.file.close();
+      platform::setLastError(version ? platform::kErrorAccessDenied : platform::kErrorFileNotFound);
+      return false;
+    }
+    // The bytes are made before the file is taken: finding the log's encoding traces, and the
+    // trace is a line of this same log.
     std::string bytes;
     if (!nonZero(PutByte)) {
       encodeText(sString + u"\r\n", CP_ACP, bytes);
     } else {
-      const auto length = file.size();
-      if (!length || *length > kTwoGigabytes) {
+      if (version->size > kTwoGigabytes) {
         frame::LibraryTrace(u"PrintB failed on OpenForAppendB, file '" + FilePath + u"'");
         return true;
       }
       const auto remembered = rememberedEncoding(FilePath);
       const enumFileEncoding encoding =
           remembered ? *remembered : TextFileEncoding(FilePath, kDefaultSampleBytes);
-      if (*length == 0) bytes = bomBytes(encoding);
+      if (version->size == 0) bytes = bomBytes(encoding);
       String text = sString;
       if (nonZero(AppendNewLine)) text += frame::StaticGlobals::instance().eol();
       encodeText(text, CodePageCheck(CodePage, encoding), bytes);
     }
-    if (!writeBytes(file, bytes)) runtime::raise(runtime::errPathFileAccess);
+    const std::lock_guard lock(held.mutex);
+    if (!held.file.isOpen() || held.id != version->id || held.path != FilePath) {
+      held.file.close();
+      if (!held.file.openForAppend(FilePath, false)) return false;
+      held.path = FilePath;
+      held.id = version->id;
+    }
+    if (!writeBytes(held.file, bytes)) runtime::raise(runtime::errPathFileAccess);
     return true;
   });
 }

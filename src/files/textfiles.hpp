@@ -42,9 +42,9 @@ void PrintB(const String& sString, const String& FilePath, std::int32_t CodePage
 Currency LOFSafe(const String& FileName, VBool* HugeFile = nullptr, std::int32_t FileHandle = -1);
 void LongsToCurrency(std::int32_t LongLow, std::int32_t LongHigh, Currency& value);
 
-// PrintB into a file that must exist already, with the existence test folded into the open
-// (one system call fewer per line, which the log needs): false, with nothing written or
-// traced, when there is no such file.
+// PrintB into a file that must exist already (the log): false, with nothing written or traced,
+// when there is no such file. The file is kept open from line to line; each line first looks
+// at the name, and is written only while it still names that file, writable.
 bool PrintToExistingFile(const String& sString, const String& FilePath, std::int32_t CodePage,
                          VBool PutByte, VBool AppendNewLine);
 

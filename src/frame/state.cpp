@@ -104,7 +104,9 @@ void SetLoggingSuppressed(bool suppressed) {
   StaticGlobals::instance().setLoggingSuppressed(suppressed);
 }
 
-void main() {
+void main() {}
+
+void ensureLocaleLists() {
   static std::once_flag once;
   std::call_once(once, [] { system::InitialiseLCIDCodePageLists(); });
 }

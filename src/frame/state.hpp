@@ -111,7 +111,11 @@ bool InDevelopmentMode();
 
 void SetLoggingSuppressed(bool suppressed);
 
-// Start-up procedure, run once when the library is first used in a process.
+// Start-up procedure, run when an object of the library is made. It builds nothing up front:
+// the locale and code-page lists cost most of a short process's start and most calls never
+// look at them, so they are built on first use (ensureLocaleLists).
 void main();
+// Builds the locale and code-page lists once per process.
+void ensureLocaleLists();
 
 }  // namespace orvo::frame

@@ -22,6 +22,7 @@ struct FileVersion {
   std::int64_t size = 0;
   std::int64_t modifiedNs = 0;
   std::int64_t changedNs = 0;
+  bool readOnly = false;  // the owner's write bit clear: the read-only attribute
   bool operator==(const FileVersion&) const = default;
 };
 

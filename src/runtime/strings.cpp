@@ -60,6 +60,12 @@ String RTrim(std::u16string_view s) {
 }
 
 String UCase(std::u16string_view s) {
+  // Paths and keys are mostly ASCII, which needs no look into the character tables.
+  if (std::all_of(s.begin(), s.end(), [](char16_t c) { return c < 0x80; })) {
+    String out(s);
+    for (char16_t& c : out) c = upperUnit(c);
+    return out;
+  }
   return mapCodePoints(s, [](UChar32 c) { return u_toupper(c); });
 }
 

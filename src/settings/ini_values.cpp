@@ -18,9 +18,18 @@
 
 namespace orvo::settings {
 
+namespace {
+
+// UTF-16 LE files, with a BOM or without, are read and written through the wide form.
+privateprofile::ProfileForm formOf(enumFileEncoding encoding) {
+  return encoding == encUTF16_LE || encoding == encUTF16_LE_NB ? privateprofile::ProfileForm::Wide
+                                                               : privateprofile::ProfileForm::Ansi;
+}
+
+}  // namespace
+
 privateprofile::ProfileForm formFor(const String& file) {
-  return isTrue(files::FileIsUTF16LE(file)) ? privateprofile::ProfileForm::Wide
-                                            : privateprofile::ProfileForm::Ansi;
+  return formOf(files::TextFileEncoding(file, files::kDefaultSampleBytes));
 }
 
 namespace {
@@ -71,8 +80,13 @@ String ReadProfileString(const String& File, const String& Section, const String
                u"'";
       },
       [&] {
-        buffer = privateprofile::GetPrivateProfileString(Section, Key, DefaultText, kBufferSize,
-                                                         File, formFor(File));
+        // The form is formFor's, decided from the one look at the file that also tells
+        // whether its parse is still current.
+        buffer = privateprofile::GetPrivateProfileString(
+            Section, Key, DefaultText, kBufferSize, File, [&](bool exists) {
+              return exists ? formOf(files::EncodingOfExistingFile(File))
+                            : privateprofile::ProfileForm::Ansi;
+            });
         // The platform's answer ends at its first NUL, like the buffer it was written into.
         if (const auto nul = buffer.find(u'\0'); nul != String::npos) buffer.resize(nul);
         return buffer;

@@ -69,16 +69,24 @@ String unquote(String value) {
 String GetPrivateProfileString(const String& section, const String& key, const String& defaultText,
                                std::size_t bufferSize, const String& file, ProfileForm form,
                                bool* found) {
+  return GetPrivateProfileString(
+      section, key, defaultText, bufferSize, file, [form](bool) { return form; }, found);
+}
+
+String GetPrivateProfileString(const String& section, const String& key, const String& defaultText,
+                               std::size_t bufferSize, const String& file,
+                               const std::function<ProfileForm(bool exists)>& formOf, bool* found) {
   if (found != nullptr) *found = false;
   const auto cut = [&](String s) {
     if (bufferSize == 0) return String();
     if (s.size() > bufferSize - 1) s.resize(bufferSize - 1);
     return s;
   };
+  bool exists = false;
+  const auto document = file.empty() ? nullptr : loadDocument(platform::NativePath(file), &exists);
+  const ProfileForm form = formOf(exists);
   String fallback = throughAnsi(defaultText, form);
   while (!fallback.empty() && isBlank(fallback.back())) fallback.pop_back();
-  if (file.empty()) return cut(fallback);
-  const auto document = loadDocument(platform::NativePath(file));
   if (document == nullptr) return cut(fallback);
   const auto s = document->findSection(upper(trimBlanks(throughAnsi(section, form))));
   if (!s) return cut(fallback);

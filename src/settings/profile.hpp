@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -27,6 +28,12 @@ enum class ProfileForm { Wide, Ansi };
 // found (when given) tells which.
 String GetPrivateProfileString(const String& section, const String& key, const String& defaultText,
                                std::size_t bufferSize, const String& file, ProfileForm form,
+                               bool* found = nullptr);
+// The same with the form chosen by the caller once it is known whether the file exists, so that
+// one look at the file serves both the choice and the freshness of the parse.
+String GetPrivateProfileString(const String& section, const String& key, const String& defaultText,
+                               std::size_t bufferSize, const String& file,
+                               const std::function<ProfileForm(bool exists)>& formOf,
                                bool* found = nullptr);
 
 // WritePrivateProfileString: sets the key, or deletes it when value is null, or deletes the

@@ -55,8 +55,9 @@ void rememberDocument(const platform::NativePath& path, const platform::FileVers
 
 // The parsed file, from the cache while its stamp is unchanged (one stat per call, so that a
 // change by another process is seen by the next call); null when it cannot be read.
-std::shared_ptr<const Document> loadDocument(const platform::NativePath& path) {
+std::shared_ptr<const Document> loadDocument(const platform::NativePath& path, bool* exists) {
   const auto version = platform::fileVersion(path);
+  if (exists != nullptr) *exists = version.has_value();
   if (!version) return nullptr;
   std::shared_ptr<const Document> known;
   {

@@ -15,7 +15,9 @@ namespace orvo::settings::privateprofile {
 // Whether a document read in one ANSI code page reads the same in the current one.
 bool stillValid(const detail::Document& document);
 // The parsed file, from the cache while its stamp is unchanged; null when it cannot be read.
-std::shared_ptr<const detail::Document> loadDocument(const platform::NativePath& path);
+// exists (when given) tells whether a file of that name was there to read.
+std::shared_ptr<const detail::Document> loadDocument(const platform::NativePath& path,
+                                                     bool* exists = nullptr);
 // The last parse of the file whatever its stamp (a writer compares bytes with it); may be null.
 std::shared_ptr<const detail::Document> cachedDocument(const platform::NativePath& path);
 // Drops the file's parse, if any.

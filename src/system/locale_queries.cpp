@@ -30,7 +30,10 @@ std::shared_ptr<Collection> existing(std::shared_ptr<Collection> list) {
   return list;
 }
 
-frame::LocaleLists lists() { return frame::StaticGlobals::instance().localeLists(); }
+frame::LocaleLists lists() {
+  frame::ensureLocaleLists();
+  return frame::StaticGlobals::instance().localeLists();
+}
 
 }  // namespace
 

@@ -31,10 +31,10 @@ std::shared_ptr<Collection> listOf(const frame::LocaleLists& lists, const String
       *lists.localesPerCodePage->Item(Variant(page)).object());
 }
 
-// The lists as the start-up procedure builds them from the platform's locales.
+// The lists as they are built from the platform's locales on first use.
 class BuiltLists : public ::testing::Test {
  protected:
-  void SetUp() override { frame::main(); }
+  void SetUp() override { frame::ensureLocaleLists(); }
 };
 
 TEST_F(BuiltLists, EveryInstalledLocaleIsInTheListOfItsCodePageOnce) {

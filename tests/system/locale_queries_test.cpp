@@ -18,7 +18,6 @@ namespace {
 using test::show;
 
 std::set<std::int32_t> installed() {
-  frame::main();
   std::set<std::int32_t> lcids;
   const auto list = AvailableLCIDs();
   for (std::int32_t i = 1; i <= list->Count(); ++i)
