@@ -1,34 +1,34 @@
-// Settings files of 5,000 keys (50 sections of 100), read and written one value at a time,
-// against what an application would otherwise do, in the same run:
-//  - 5,000 lookups of existing keys against the naive private-profile approach, which reads
-//    and parses the whole file again for every call (ratio = naive time / ours; bar 100), and
-//    against a cleverer naive reader that stops scanning at the key (scan_ratio);
-//  - one write against writing the whole file once (ratio = ours / whole-file write; bar 3);
-//  - a cold start, loading and parsing plus 5,000 lookups, against a minimal parser into
-//    hash maps (ratio = minimal parser's time / ours; bar 1); also through the one-value
-//    calls, which pay a stat per call to see other processes' changes.
+// Settings files of 5,000 keys (50 sections of 100, about 5,300 lines), against the libraries an
+// application would pick instead, in the same run:
+//  - load and 5,000 lookups through INI.GetStringFromINI, each of which still sees another
+//    process's change at the next call, against SimpleIni's LoadFile + GetValue and inih's
+//    INIReader + Get (ratio = peer's time / ours; bar 1.0 against SimpleIni);
+//  - one PutStringToINI against rewriting the whole file once (ratio = ours / rewrite; bar 2).
+// Every side must find the same 5,000 values, or no figure is given.
 
+#include <INIReader.h>
+// The files are ASCII: SimpleIni at its fastest, without converting what it reads.
+#define SI_NO_CONVERSION
+// Debian ships the member definitions behind this switch: one translation unit provides them.
+#define SI_IMPLEMENTATION
+#include <SimpleIni.h>
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "orvogeneric/classes.hpp"
 #include "settings/profile.hpp"
+#include "settings/profile_cache.hpp"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using orvo::settings::privateprofile::ProfileForm;
 
 constexpr int kSections = 50;
 constexpr int kKeysPerSection = 100;
@@ -52,12 +52,9 @@ std::string samplePath() {
   return (std::filesystem::temp_directory_path() / "orvo_bench_settings.ini").string();
 }
 
-void writeSample() {
-  std::ofstream(samplePath(), std::ios::binary) << fileText();
-  orvo::settings::privateprofile::clearProfileCache();
-}
+void writeSample() { std::ofstream(samplePath(), std::ios::binary) << fileText(); }
 
-// The requests, in a scattered order so that neither side profits from locality.
+// The requests, in a scattered order so that no side profits from locality.
 struct Request {
   orvo::String section;
   orvo::String key;
@@ -78,160 +75,63 @@ const std::vector<Request>& requests() {
   return list;
 }
 
-std::string readAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-std::string trim(std::string_view s) {
-  const auto b = s.find_first_not_of(" \t");
-  if (b == std::string_view::npos) return {};
-  const auto e = s.find_last_not_of(" \t\r");
-  return std::string(s.substr(b, e - b + 1));
-}
-
-bool sameName(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return std::tolower(static_cast<unsigned char>(x)) ==
-                  std::tolower(static_cast<unsigned char>(y));
-         });
-}
-
-// The naive private-profile read: the file read and scanned again for every value.
-std::string naiveGet(const std::string& path, std::string_view section, std::string_view key) {
-  const std::string text = readAll(path);
-  std::istringstream lines(text);
-  std::string line;
-  bool inSection = false;
-  while (std::getline(lines, line)) {
-    const std::string t = trim(line);
-    if (t.empty() || t[0] == ';') continue;
-    if (t[0] == '[') {
-      const auto close = t.rfind(']');
-      inSection = close != std::string::npos && sameName(trim(t.substr(1, close - 1)), section);
-      continue;
-    }
-    const auto eq = t.find('=');
-    if (inSection && eq != std::string::npos && sameName(trim(t.substr(0, eq)), key)) {
-      return trim(t.substr(eq + 1));
-    }
-  }
-  return {};
-}
-
-// The minimal parser: the whole file into hash maps with lower-cased names, then lookups.
-using Parsed = std::unordered_map<std::string, std::unordered_map<std::string, std::string>>;
-std::string lower(std::string s) {
-  for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return s;
-}
-Parsed minimalParse(const std::string& path) {
-  Parsed parsed;
-  const std::string text = readAll(path);
-  std::istringstream lines(text);
-  std::string line;
-  std::unordered_map<std::string, std::string>* current = nullptr;
-  while (std::getline(lines, line)) {
-    const std::string t = trim(line);
-    if (t.empty() || t[0] == ';') continue;
-    if (t[0] == '[') {
-      const auto close = t.rfind(']');
-      if (close != std::string::npos) current = &parsed[lower(trim(t.substr(1, close - 1)))];
-      continue;
-    }
-    const auto eq = t.find('=');
-    if (current != nullptr && eq != std::string::npos) {
-      current->emplace(lower(trim(t.substr(0, eq))), trim(t.substr(eq + 1)));
-    }
-  }
-  return parsed;
-}
-
 double seconds(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// The naive reader's time for all the requests. It is timed on every 50th request and scaled:
-// 5,000 full re-reads per iteration would make the run take minutes.
-double naiveSeconds(const std::string& path, std::size_t& checksum) {
-  const auto start = Clock::now();
-  for (std::size_t i = 0; i < requests().size(); i += 50) {
-    const Parsed parsed = minimalParse(path);
-    const auto s = parsed.find(lower(requests()[i].section8));
-    if (s != parsed.end()) checksum += s->second.count(lower(requests()[i].key8));
-  }
-  return seconds(start) * 50;
-}
-
-void BM_SettingsLookups(benchmark::State& state) {
-  writeSample();
-  const std::string path = samplePath();
-  const orvo::String file = orvo::fromUtf8(path);
-  double ours = 0;
-  double naive = 0;
-  double scan = 0;
-  std::size_t checksum = 0;
-  for (auto _ : state) {
-    auto start = Clock::now();
-    for (const auto& r : requests()) {
-      checksum += orvo::settings::privateprofile::GetPrivateProfileString(
-                      r.section, r.key, u"", 2048, file, ProfileForm::Wide)
-                      .size();
-    }
-    ours += seconds(start);
-    naive += naiveSeconds(path, checksum);
-    // The scanning reader, sampled the same way.
-    start = Clock::now();
-    for (std::size_t i = 0; i < requests().size(); i += 50) {
-      checksum += naiveGet(path, requests()[i].section8, requests()[i].key8).size();
-    }
-    scan += seconds(start) * 50;
-  }
-  benchmark::DoNotOptimize(checksum);
-  const double n = static_cast<double>(state.iterations());
-  state.counters["ours_us_per_5000"] = ours / n * 1e6;
-  state.counters["naive_us_per_5000"] = naive / n * 1e6;
-  state.counters["scan_us_per_5000"] = scan / n * 1e6;
-  state.counters["ratio"] = naive / ours;  // bar: at least 100
-  state.counters["scan_ratio"] = scan / ours;
-}
-BENCHMARK(BM_SettingsLookups)->Unit(benchmark::kMillisecond)->Iterations(20);
-
-// The same lookups through the INI class as applications make them: GetStringFromINI and
-// ReadWriteINILong (each also asks the encoding detector whether the file is UTF-16, from its
-// per-path cache), against the naive re-reading reader.
-void BM_SettingsTypedLookups(benchmark::State& state) {
+void BM_SettingsLoadAndLookups(benchmark::State& state) {
   writeSample();
   const std::string path = samplePath();
   const orvo::String file = orvo::fromUtf8(path);
   orvo::INI ini;
-  double strings = 0;
-  double longs = 0;
-  double naive = 0;
-  std::size_t checksum = 0;
+  orvo::FileSubs files;
+  double ours = 0;
+  double simpleIni = 0;
+  double inih = 0;
   for (auto _ : state) {
+    // Nothing of the file is known before the first call: the parse and the encoding check
+    // are part of the time, as SimpleIni's and inih's loads are of theirs.
+    orvo::settings::privateprofile::clearProfileCache();
+    files.ClearTextFileEncoding(orvo::Variant(file));
+    std::size_t oursFound = 0;
     auto start = Clock::now();
     for (const auto& r : requests())
-      checksum += ini.GetStringFromINI(file, r.section, r.key).size();
-    strings += seconds(start);
+      oursFound += ini.GetStringFromINI(file, r.section, r.key).size();
+    ours += seconds(start);
+
+    std::size_t simpleFound = 0;
     start = Clock::now();
-    for (const auto& r : requests()) {
-      checksum += static_cast<std::size_t>(ini.ReadWriteINILong(r.section, r.key, 0, file));
+    {
+      CSimpleIniA peer;
+      if (peer.LoadFile(path.c_str()) < 0) state.SkipWithError("SimpleIni could not load");
+      for (const auto& r : requests()) {
+        const char* value = peer.GetValue(r.section8.c_str(), r.key8.c_str(), "");
+        simpleFound += std::char_traits<char>::length(value);
+      }
     }
-    longs += seconds(start);
-    naive += naiveSeconds(path, checksum);
+    simpleIni += seconds(start);
+
+    std::size_t inihFound = 0;
+    start = Clock::now();
+    {
+      const INIReader peer(path);
+      if (peer.ParseError() != 0) state.SkipWithError("inih could not load");
+      for (const auto& r : requests()) inihFound += peer.Get(r.section8, r.key8, "").size();
+    }
+    inih += seconds(start);
+    if (oursFound == 0 || oursFound != simpleFound || oursFound != inihFound) {
+      state.SkipWithError("the three readers found different values");
+      return;
+    }
   }
-  benchmark::DoNotOptimize(checksum);
   const double n = static_cast<double>(state.iterations());
-  state.counters["GetStringFromINI_us_per_5000"] = strings / n * 1e6;
-  state.counters["ReadWriteINILong_us_per_5000"] = longs / n * 1e6;
-  state.counters["naive_us_per_5000"] = naive / n * 1e6;
-  state.counters["ratio_GetStringFromINI"] = naive / strings;  // bar: at least 100
-  state.counters["ratio_ReadWriteINILong"] = naive / longs;    // bar: at least 100
+  state.counters["ours_us"] = ours / n * 1e6;
+  state.counters["simpleini_us"] = simpleIni / n * 1e6;
+  state.counters["inih_us"] = inih / n * 1e6;
+  state.counters["ratio_simpleini"] = simpleIni / ours;  // bar: at least 1.0
+  state.counters["ratio_inih"] = inih / ours;
 }
-BENCHMARK(BM_SettingsTypedLookups)->Unit(benchmark::kMillisecond)->Iterations(10);
+BENCHMARK(BM_SettingsLoadAndLookups)->Unit(benchmark::kMillisecond)->Iterations(30);
 
 void BM_SettingsOneWrite(benchmark::State& state) {
   writeSample();
@@ -239,16 +139,14 @@ void BM_SettingsOneWrite(benchmark::State& state) {
   const std::string wholePath = path + ".whole";
   const std::string text = fileText();
   const orvo::String file = orvo::fromUtf8(path);
-  const orvo::String section = u"Section25";
-  const orvo::String key = u"Setting_50";
+  orvo::INI ini;
   double ours = 0;
   double whole = 0;
   int round = 0;
   for (auto _ : state) {
     const orvo::String value = orvo::fromUtf8(std::to_string(++round) + " mm");
     auto start = Clock::now();
-    if (!orvo::settings::privateprofile::WritePrivateProfileString(&section, &key, &value, file,
-                                                                   ProfileForm::Wide)) {
+    if (!orvo::isTrue(ini.PutStringToINI(file, u"Section25", u"Setting_50", value))) {
       state.SkipWithError("write failed");
       break;
     }
@@ -261,56 +159,16 @@ void BM_SettingsOneWrite(benchmark::State& state) {
     whole += seconds(start);
     if (!written) state.SkipWithError("whole-file write failed");
   }
+  if (ini.GetStringFromINI(file, u"Section25", u"Setting_50", u"") !=
+      orvo::fromUtf8(std::to_string(round) + " mm")) {
+    state.SkipWithError("the last value written does not read back");
+  }
   std::filesystem::remove(wholePath);
   const double n = static_cast<double>(state.iterations());
   state.counters["ours_us"] = ours / n * 1e6;
   state.counters["whole_file_us"] = whole / n * 1e6;
-  state.counters["ratio"] = ours / whole;  // bar: at most 3
+  state.counters["ratio"] = ours / whole;  // bar: at most 2
 }
 BENCHMARK(BM_SettingsOneWrite)->Unit(benchmark::kMicrosecond)->Iterations(2000);
-
-void BM_SettingsColdStart(benchmark::State& state) {
-  writeSample();
-  const std::string path = samplePath();
-  const orvo::String file = orvo::fromUtf8(path);
-  double ours = 0;
-  double minimal = 0;
-  std::size_t checksum = 0;
-  double oursPerCall = 0;
-  for (auto _ : state) {
-    orvo::settings::privateprofile::clearProfileCache();
-    auto start = Clock::now();
-    const auto snapshot = orvo::settings::privateprofile::ProfileSnapshot::read(file);
-    for (const auto& r : requests()) checksum += snapshot->value(r.section, r.key)->size();
-    ours += seconds(start);
-    // The same through the one-value calls, each of which asks the file system whether the
-    // file changed.
-    orvo::settings::privateprofile::clearProfileCache();
-    start = Clock::now();
-    for (const auto& r : requests()) {
-      checksum += orvo::settings::privateprofile::GetPrivateProfileString(
-                      r.section, r.key, u"", 2048, file, ProfileForm::Wide)
-                      .size();
-    }
-    oursPerCall += seconds(start);
-    start = Clock::now();
-    const Parsed parsed = minimalParse(path);
-    for (const auto& r : requests()) {
-      const auto s = parsed.find(lower(r.section8));
-      if (s == parsed.end()) continue;
-      const auto k = s->second.find(lower(r.key8));
-      if (k != s->second.end()) checksum += k->second.size();
-    }
-    minimal += seconds(start);
-  }
-  benchmark::DoNotOptimize(checksum);
-  const double n = static_cast<double>(state.iterations());
-  state.counters["ours_us"] = ours / n * 1e6;
-  state.counters["ours_one_value_calls_us"] = oursPerCall / n * 1e6;
-  state.counters["minimal_parser_us"] = minimal / n * 1e6;
-  state.counters["ratio"] = minimal / ours;  // bar: at least 1
-  state.counters["one_value_calls_ratio"] = minimal / oursPerCall;
-}
-BENCHMARK(BM_SettingsColdStart)->Unit(benchmark::kMillisecond)->Iterations(50);
 
 }  // namespace

@@ -18,6 +18,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
 
 #include "bench_support.hpp"
@@ -39,7 +40,7 @@ std::size_t targetBytes() {
 std::string sampleFile(std::int32_t codePage) {
   const auto dir = std::filesystem::temp_directory_path();
   const std::string path = (dir / ("orvo_bench_" + std::to_string(codePage) + "_" +
-                                   std::to_string(targetBytes() >> 20) + "MB.txt"))
+                                   std::to_string(targetBytes() >> 20) + "MB_random.txt"))
                                .string();
   if (std::filesystem::exists(path)) return path;
   const std::u16string lines[] = {
@@ -49,11 +50,24 @@ std::string sampleFile(std::int32_t codePage) {
       u"B12,IPE 300,6.000,253.2\r\n",
       u"\r\n",
       u"Düsseldorf office — load case 7 combined with wind from north-east\r\n"};
-  std::string block;
-  for (int i = 0; i < 2000; ++i) orvo::files::encodeText(lines[i % 6], codePage, block);
+  // Lines drawn at random and cut to random lengths, so that no branch predictor learns the
+  // file's pattern as it would a repeated block.
+  std::mt19937 random(20261123);
   std::ofstream out(path + ".part", std::ios::binary);
   if (codePage == 1200) out << "\xFF\xFE";
-  for (std::size_t written = 0; written < targetBytes(); written += block.size()) out << block;
+  std::string block;
+  for (std::size_t written = 0; written < targetBytes();) {
+    block.clear();
+    for (int i = 0; i < 4096; ++i) {
+      const std::u16string_view line = lines[random() % 6];
+      const std::size_t text = line.size() - 2;
+      orvo::files::encodeText(line.substr(0, text == 0 ? 0 : random() % (text + 1)), codePage,
+                              block);
+      orvo::files::encodeText(u"\r\n", codePage, block);
+    }
+    out << block;
+    written += block.size();
+  }
   out.close();
   std::filesystem::rename(path + ".part", path);
   return path;

@@ -1,0 +1,189 @@
+#!/usr/bin/env python3
+"""Whole programs against the programs a user would run instead, in the same run.
+
+Each pair runs in turn (ours, theirs, ours, ...) after a warm-up pair that also brings the input
+into the page cache, and every figure is a median: of wall seconds, of the ratio taken pair by
+pair, of peak resident memory. A run whose output differs from the peer's, or that fails, stops
+the benchmark without a figure.
+
+usage: bench/programs.py --orvo build/release/tools/orvo/orvo [--dir DIR] [--runs N]
+                         [--only lines,convert,call] [--lines-mib 512] [--convert-mib 128]
+"""
+
+import argparse
+import os
+import random
+import statistics
+import subprocess
+import sys
+import time
+
+MIB = 1 << 20
+
+
+def run(command, output=None):
+    """Runs a command to its end; its wall seconds and peak resident KiB."""
+    out = open(output, "wb") if output else subprocess.DEVNULL
+    try:
+        start = time.monotonic()
+        child = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=out,
+                                 stderr=subprocess.PIPE)
+        _, status, usage = os.wait4(child.pid, 0)
+        wall = time.monotonic() - start
+        child.returncode = os.waitstatus_to_exitcode(status)
+        errors = child.stderr.read().decode(errors="replace")
+        child.stderr.close()
+    finally:
+        if output:
+            out.close()
+    if child.returncode != 0:
+        sys.exit(f"failed ({child.returncode}): {' '.join(command)}\n{errors}")
+    return wall, usage.ru_maxrss
+
+
+def paired(name, ours, theirs, runs, check):
+    """Times ours against theirs in turn; check() after the warm-up says whether both did the
+    same work."""
+    times = {"ours": [], "theirs": [], "ratio": [], "peak": []}
+    for i in range(runs + 1):
+        a, peak = run(ours[0], ours[1])
+        b, _ = run(theirs[0], theirs[1])
+        if i == 0:
+            problem = check()
+            if problem:
+                sys.exit(f"{name}: {problem}; no figure")
+            continue
+        times["ours"].append(a)
+        times["theirs"].append(b)
+        times["ratio"].append(b / a)
+        times["peak"].append(peak)
+    median = statistics.median
+    print(f"{name}: ours {median(times['ours']):.3f} s, peer {median(times['theirs']):.3f} s; "
+          f"ours at {median(times['ratio']):.2f}x the peer's speed "
+          f"(range {min(times['ratio']):.2f}-{max(times['ratio']):.2f}); "
+          f"our peak {median(times['peak']) / 1024:.1f} MiB", flush=True)
+    return median(times["ratio"])
+
+
+def text_bytes(size, seed, line_break=b"\r\n", extra=()):
+    """Random printable text of random line lengths (a line ends where a random byte says so,
+    about every 40 bytes), with the extra byte strings strewn through it."""
+    rng = random.Random(seed)
+    chunk = 16 * MIB
+    raw = b"".join(rng.randbytes(min(chunk, size - at)) for at in range(0, size, chunk))
+    table = bytearray(256)
+    for v in range(256):
+        if v < 6:
+            table[v] = 0x0A
+        elif v < 6 + len(extra):
+            table[v] = v - 5  # placeholders 1.., replaced below
+        else:
+            table[v] = 0x20 + v % 95
+    text = raw.translate(bytes(table))
+    for i, replacement in enumerate(extra):
+        text = text.replace(bytes([i + 1]), replacement)
+    if line_break != b"\n":
+        text = text.replace(b"\n", line_break)
+    return text[:size]
+
+
+def write(path, data):
+    with open(path, "wb") as f:
+        f.write(data)
+
+
+def bench_lines(args):
+    path = os.path.join(args.dir, "lines.txt")
+    if not os.path.exists(path) or os.path.getsize(path) != args.lines_mib * MIB:
+        write(path, text_bytes(args.lines_mib * MIB, 1))
+    ours_out = os.path.join(args.dir, "lines.orvo")
+    theirs_out = os.path.join(args.dir, "lines.wc")
+
+    def check():
+        ours = open(ours_out).read().split("\t")[0]
+        theirs = open(theirs_out).read().split()[0]
+        # wc counts LFs; a file ending without one has one line more for orvo.
+        with open(path, "rb") as f:
+            f.seek(-1, os.SEEK_END)
+            last = f.read(1)
+        expected = int(theirs) + (0 if last in (b"\n", b"\r") else 1)
+        return None if int(ours) == expected else f"orvo counted {ours}, wc -l {theirs}"
+
+    return paired(f"lines, {args.lines_mib} MiB of CRLF lines, against wc -l",
+                  ([args.orvo, "lines", path], ours_out), (["wc", "-l", path], theirs_out),
+                  args.runs, check)
+
+
+def bench_convert(args):
+    n = args.convert_mib * MIB
+    latin = [c.encode("cp1252") for c in "éàüöñçÉ€"]
+    unicode_text = text_bytes(n, 2, extra=[c.encode("utf-8") for c in "éüñ€Ωж日本語"])
+    japanese = text_bytes(n, 3, extra=[c.encode("cp932") for c in "日本語のテキスト、漢字"])
+    inputs = {
+        "1252": text_bytes(n, 4, extra=latin),
+        "utf8": unicode_text,
+        "utf16": unicode_text.decode("utf-8").encode("utf-16-le"),
+        "932": japanese,
+    }
+    cases = [  # name, input, orvo --from, iconv -f, orvo --to, iconv -t
+        ("1252 to UTF-16LE", "1252", "1252", "CP1252", "1200", "UTF-16LE"),
+        ("UTF-8 to UTF-16LE", "utf8", "65001", "UTF-8", "1200", "UTF-16LE"),
+        ("UTF-16LE to UTF-8", "utf16", "1200", "UTF-16LE", "65001", "UTF-8"),
+        ("932 to UTF-16LE", "932", "932", "CP932", "1200", "UTF-16LE"),
+    ]
+    ratios = []
+    for name, key, ours_from, iconv_from, ours_to, iconv_to in cases:
+        source = os.path.join(args.dir, f"convert.{key}")
+        if not os.path.exists(source) or os.path.getsize(source) != len(inputs[key]):
+            write(source, inputs[key])
+        ours_out = os.path.join(args.dir, "convert.orvo")
+        theirs_out = os.path.join(args.dir, "convert.iconv")
+
+        def check():
+            with open(ours_out, "rb") as a, open(theirs_out, "rb") as b:
+                same = a.read() == b.read()
+            return None if same else "the outputs differ"
+
+        ratios.append(paired(
+            f"convert {name}, {os.path.getsize(source) // MIB} MiB, against iconv",
+            ([args.orvo, "convert", "--from", ours_from, "--to", ours_to, "--no-bom", source,
+              ours_out], None),
+            (["iconv", "-f", iconv_from, "-t", iconv_to, source, "-o", theirs_out], None),
+            args.runs, check))
+    return ratios
+
+
+def bench_call(args):
+    out = os.path.join(args.dir, "call.orvo")
+
+    def check():
+        answer = open(out).read().strip()
+        return None if answer == '{"result":1}' else f"the answer was {answer}"
+
+    return paired("one call (StringUtilities.LenTrim x), against /bin/true",
+                  ([args.orvo, "call", "StringUtilities.LenTrim", "x"], out),
+                  (["/bin/true"], None), max(args.runs, 20), check)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--orvo", required=True)
+    parser.add_argument("--dir", default=os.path.join(os.environ.get("TMPDIR", "/tmp"),
+                                                      "orvo-bench"))
+    parser.add_argument("--runs", type=int, default=5)
+    parser.add_argument("--only", default="lines,convert,call")
+    parser.add_argument("--lines-mib", type=int, default=512)
+    parser.add_argument("--convert-mib", type=int, default=128)
+    args = parser.parse_args()
+    os.makedirs(args.dir, exist_ok=True)
+    chosen = args.only.split(",")
+    if "lines" in chosen:
+        bench_lines(args)
+    if "convert" in chosen:
+        bench_convert(args)
+    if "call" in chosen:
+        bench_call(args)
+
+
+if __name__ == "__main__":
+    main()
