@@ -39,6 +39,7 @@ set(ORVO_SOURCES_FRAME
     src/frame/variant.cpp)
 
 set(ORVO_SOURCES_PLATFORM_EMULATION
+    src/platform/emulation/cpu_features.cpp
     src/platform/emulation/icu_codepages.cpp
     src/platform/emulation/last_error.cpp
     src/platform/emulation/locale_data.cpp

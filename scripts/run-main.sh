@@ -7,7 +7,7 @@ cd "$root"
 "$root/scripts/setup.sh"
 cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build build/release -j "$(nproc)" --target orvo
-orvo=build/release/tools/orvo/orvo
+orvo=build/release/bin/orvo
 for sample in samples/*.jsonl; do
   locale=$(sed -n 's/^# locale: //p' "${sample%.jsonl}.md" 2>/dev/null || true)
   echo "== $sample (${locale:-en_US.UTF-8})"

@@ -4,7 +4,7 @@
 set -euo pipefail
 packages=(build-essential cmake ninja-build pkg-config python3 clang libclang-rt-14-dev
           clang-format clang-tidy libicu-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev
-          libsimpleini-dev libinih-dev libspdlog-dev)
+          libsimpleini-dev libinih-dev libspdlog-dev time)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

@@ -282,7 +282,10 @@ bool isInstalledAnsiCodePage(std::int32_t cp) {
 
 std::int32_t CodePageCheck(std::int32_t CodePageSupplied, enumFileEncoding FileEncoding) {
   const std::int32_t fileCP = CodePageFromEncoding(FileEncoding);
-  if (CodePageSupplied < 0) return fileCP;
+  // The system page asks for the file's own whether or not it is counted as installed (a file
+  // without BOM reads in the system page either way), so the locale lists, costly to build,
+  // are not consulted for the commonest call.
+  if (CodePageSupplied < 0 || CodePageSupplied == CP_ACP) return fileCP;
   const bool unicode = CodePageSupplied == CP_UTF16_LE || CodePageSupplied == CP_UTF16_BE ||
                        CodePageSupplied == CP_UTF32_LE || CodePageSupplied == CP_UTF32_BE ||
                        CodePageSupplied == CP_UTF8;

@@ -91,12 +91,15 @@ void AddToLogB_File(const String& sMsg, const String& Prefix, std::int32_t CodeP
   bool written = false;
   try {
     // The file's existence is the switch: the library never creates its log.
-    String text = sMsg;
-    if (!text.empty()) {
-      if (!Prefix.empty()) text = Prefix + u": " + text;
-      text = timeStamp() + u": " + text;
-    }
-    written = PrintToExistingFile(text, LogFile(), CodePage, PutByte, VBool::True);
+    const auto line = [&] {
+      String text = sMsg;
+      if (!text.empty()) {
+        if (!Prefix.empty()) text = Prefix + u": " + text;
+        text = timeStamp() + u": " + text;
+      }
+      return text;
+    };
+    written = PrintToExistingFile(line, LogFile(), CodePage, PutByte, VBool::True);
   } catch (...) {  // NOLINT(bugprone-empty-catch): a log line that cannot be written is dropped
   }
   const std::uint32_t why = platform::lastError();

@@ -18,7 +18,7 @@ namespace orvo {
 
 namespace {
 
-constexpr std::size_t kChunk = 1 << 20;
+constexpr std::size_t kChunk = 1 << 16;
 
 // The BOM a target starts with. The choice is the caller's, not the process-wide one that new
 // files of the file procedures follow.

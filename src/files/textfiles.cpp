@@ -110,9 +110,10 @@ String ReadTextFileToString(const String& FileName) {
 std::int64_t fileLineCount64(const String& FilePath) {
   HugeTextFile reader;
   std::int32_t codePage = 0;
-  // The count does not depend on the buffer's size; a megabyte reads a big file in a 32nd of the
-  // system calls, which were a third of the time a count took.
-  reader.FileOpen(FilePath, HugeTextFile::Read, 0, -1, 1 << 20, &codePage);
+  // The count does not depend on the buffer's size. Most of a count's time is the kernel copying
+  // the file into the buffer, and that copy is fastest into a buffer that stays in the
+  // processor's cache: 64 KiB was the quickest of the sizes measured (against 256 KiB and 1 MiB).
+  reader.FileOpen(FilePath, HugeTextFile::Read, 0, -1, 1 << 16, &codePage);
   reader.LineSkip(INT64_MAX);
   const std::int64_t count = reader.LineCount();
   reader.FileClose(true);
@@ -338,6 +339,11 @@ HeldFile& heldFile() {
 
 bool PrintToExistingFile(const String& sString, const String& FilePath, std::int32_t CodePage,
                          VBool PutByte, VBool AppendNewLine) {
+  return PrintToExistingFile([&] { return sString; }, FilePath, CodePage, PutByte, AppendNewLine);
+}
+
+bool PrintToExistingFile(const std::function<String()>& makeText, const String& FilePath,
+                         std::int32_t CodePage, VBool PutByte, VBool AppendNewLine) {
   return frame::trap(u"PrintB", [&] {
     HeldFile& held = heldFile();
     const auto version = platform::fileVersion(platform::NativePath(FilePath));
@@ -349,6 +355,7 @@ bool PrintToExistingFile(const String& sString, const String& FilePath, std::int
     }
     // The bytes are made before the file is taken: finding the log's encoding traces, and the
     // trace is a line of this same log.
+    const String sString = makeText();
     std::string bytes;
     if (!nonZero(PutByte)) {
       encodeText(sString + u"\r\n", CP_ACP, bytes);

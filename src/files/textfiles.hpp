@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "orvogeneric/types.hpp"
 #include "orvogeneric/variant.hpp"
@@ -47,6 +48,10 @@ void LongsToCurrency(std::int32_t LongLow, std::int32_t LongHigh, Currency& valu
 // at the name, and is written only while it still names that file, writable.
 bool PrintToExistingFile(const String& sString, const String& FilePath, std::int32_t CodePage,
                          VBool PutByte, VBool AppendNewLine);
+// The same with the text made only once the file is known to exist: a log line's time stamp
+// costs more than the look at the file, and most processes have no log.
+bool PrintToExistingFile(const std::function<String()>& makeText, const String& FilePath,
+                         std::int32_t CodePage, VBool PutByte, VBool AppendNewLine);
 
 // Opening for binary access, as the writers and the log use it. Each positions the file where
 // text goes: after the BOM for reading, at the end for appending (writing the encoding's BOM

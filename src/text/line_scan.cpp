@@ -5,6 +5,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "platform/cpu_features.hpp"
+
 #if defined(__x86_64__) || defined(__i386__)
 #include <immintrin.h>
 #define ORVO_X86 1
@@ -116,6 +118,78 @@ struct Avx512 {
 };
 #endif
 
+// Counting alone, in 8-bit text: each vector is compared with itself shifted back by one byte,
+// so that an LF after a CR is told from the bytes themselves, with no carry from one vector to
+// the next; the line ends are summed in byte lanes, emptied before they can overflow.
+#if defined(ORVO_X86)
+__attribute__((target("avx2"))) std::uint64_t countBytesAvx2(const std::uint8_t* p,
+                                                             std::size_t n) noexcept {
+  const __m256i cr = _mm256_set1_epi8(kCr);
+  const __m256i lf = _mm256_set1_epi8(kLf);
+  std::uint64_t total = 0;
+  std::size_t i = 1;
+  while (i + 32 <= n) {
+    __m256i lanes = _mm256_setzero_si256();
+    for (int round = 0; round < 255 && i + 32 <= n; ++round, i += 32) {
+      const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + i));
+      const __m256i before = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + i - 1));
+      const __m256i ends = _mm256_or_si256(
+          _mm256_cmpeq_epi8(v, cr),
+          _mm256_andnot_si256(_mm256_cmpeq_epi8(before, cr), _mm256_cmpeq_epi8(v, lf)));
+      lanes = _mm256_sub_epi8(lanes, ends);
+    }
+    const __m256i sums = _mm256_sad_epu8(lanes, _mm256_setzero_si256());
+    total += static_cast<std::uint64_t>(_mm256_extract_epi64(sums, 0)) +
+             static_cast<std::uint64_t>(_mm256_extract_epi64(sums, 1)) +
+             static_cast<std::uint64_t>(_mm256_extract_epi64(sums, 2)) +
+             static_cast<std::uint64_t>(_mm256_extract_epi64(sums, 3));
+  }
+  for (; i < n; ++i)
+    total += static_cast<std::uint64_t>(p[i] == kCr || (p[i] == kLf && p[i - 1] != kCr));
+  return total;
+}
+
+__attribute__((target("avx512f,avx512bw"))) std::uint64_t countBytesAvx512(const std::uint8_t* p,
+                                                                           std::size_t n) noexcept {
+  const __m512i cr = _mm512_set1_epi8(kCr);
+  const __m512i lf = _mm512_set1_epi8(kLf);
+  std::uint64_t total = 0;
+  std::size_t i = 1;
+  for (; i + 64 <= n; i += 64) {
+    const __m512i v = _mm512_loadu_si512(p + i);
+    const __m512i before = _mm512_loadu_si512(p + i - 1);
+    const __mmask64 ends = _mm512_cmpeq_epi8_mask(v, cr) |
+                           (_mm512_cmpeq_epi8_mask(v, lf) & ~_mm512_cmpeq_epi8_mask(before, cr));
+    total += static_cast<std::uint64_t>(std::popcount(ends));
+  }
+  for (; i < n; ++i)
+    total += static_cast<std::uint64_t>(p[i] == kCr || (p[i] == kLf && p[i - 1] != kCr));
+  return total;
+}
+#endif
+
+std::uint64_t countBytesPortable(const std::uint8_t* p, std::size_t n) noexcept {
+  std::uint64_t total = 0;
+  for (std::size_t i = 1; i < n; ++i) {
+    total += static_cast<std::uint64_t>(p[i] == kCr || (p[i] == kLf && p[i - 1] != kCr));
+  }
+  return total;
+}
+
+// The same for any unit: the first byte on its own (the byte before it is the caller's), the
+// rest by the counter of the unit chosen.
+template <std::uint64_t (*Count)(const std::uint8_t*, std::size_t) noexcept>
+LineEndScan countBytes(const std::uint8_t* p, std::size_t n, bool afterCr) noexcept {
+  LineEndScan r;
+  r.lastWasCr = afterCr;
+  if (n == 0) return r;
+  r.ends = static_cast<std::uint64_t>(p[0] == kCr || (p[0] == kLf && !afterCr)) + Count(p, n);
+  r.stop = n;
+  r.lastWasCr = p[n - 1] == kCr;
+  r.lastWasBreak = r.lastWasCr || p[n - 1] == kLf;
+  return r;
+}
+
 // The scan over blocks. A CR LF pair ends one line: an LF counts unless the unit before it,
 // carried across blocks and buffers, is a CR.
 template <class Unit>
@@ -145,29 +219,35 @@ inline LineEndScan scanWith(const std::uint8_t* p, std::size_t n, UnitForm form,
     }
     r.ends += found;
     carry = (m.cr >> (count - 1)) & 1;
-    r.lastWasBreak = (((m.cr | m.lf) >> (count - 1)) & 1) != 0;
   }
   r.stop = units * w;
   r.lastWasCr = carry != 0;
+  if (units > 0) {
+    const std::uint32_t last = unitAt(p + (units - 1) * w, form);
+    r.lastWasBreak = last == kCr || last == kLf;
+  }
   return r;
 }
 
-LineEndScan scanPortable(const std::uint8_t* p, std::size_t n, UnitForm form, bool afterCr,
-                         std::uint64_t limit) noexcept {
+[[gnu::flatten]] LineEndScan scanPortable(const std::uint8_t* p, std::size_t n, UnitForm form,
+                                          bool afterCr, std::uint64_t limit) noexcept {
+  if (form.width == 1 && limit > n) return countBytes<countBytesPortable>(p, n, afterCr);
   return scanWith<Portable>(p, n, form, afterCr, limit);
 }
 
 #if defined(ORVO_X86)
-__attribute__((target("avx2"))) LineEndScan scanAvx2(const std::uint8_t* p, std::size_t n,
-                                                     UnitForm form, bool afterCr,
-                                                     std::uint64_t limit) noexcept {
+__attribute__((target("avx2"), flatten)) LineEndScan scanAvx2(const std::uint8_t* p, std::size_t n,
+                                                              UnitForm form, bool afterCr,
+                                                              std::uint64_t limit) noexcept {
+  // More line ends than bytes cannot be asked for: this is a count, not a search.
+  if (form.width == 1 && limit > n) return countBytes<countBytesAvx2>(p, n, afterCr);
   return scanWith<Avx2>(p, n, form, afterCr, limit);
 }
 
-__attribute__((target("avx512f,avx512bw"))) LineEndScan scanAvx512(const std::uint8_t* p,
-                                                                   std::size_t n, UnitForm form,
-                                                                   bool afterCr,
-                                                                   std::uint64_t limit) noexcept {
+__attribute__((target("avx512f,avx512bw"), flatten)) LineEndScan scanAvx512(
+    const std::uint8_t* p, std::size_t n, UnitForm form, bool afterCr,
+    std::uint64_t limit) noexcept {
+  if (form.width == 1 && limit > n) return countBytes<countBytesAvx512>(p, n, afterCr);
   return scanWith<Avx512>(p, n, form, afterCr, limit);
 }
 #endif
@@ -182,10 +262,8 @@ struct Choice {
 
 bool supported(std::string_view unit) noexcept {
 #if defined(ORVO_X86)
-  if (unit == "avx512") {
-    return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0;
-  }
-  if (unit == "avx2") return __builtin_cpu_supports("avx2") != 0;
+  if (unit == "avx512") return platform::cpuFeatures().avx512bw;
+  if (unit == "avx2") return platform::cpuFeatures().avx2;
 #endif
   return unit == "portable";
 }

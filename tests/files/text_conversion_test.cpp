@@ -15,7 +15,7 @@ namespace {
 
 using test::FilesTest;
 
-constexpr std::size_t kChunk = 1 << 20;  // the routine's read buffer
+constexpr std::size_t kChunk = 1 << 16;  // the routine's read buffer
 
 const std::string kUtf8Bom = "\xEF\xBB\xBF";
 const std::string kUtf16LeBom = "\xFF\xFE";

@@ -15,6 +15,7 @@
 #endif
 
 #include "platform/codepage.hpp"
+#include "platform/cpu_features.hpp"
 #include "platform/emulation/codepage_tables.hpp"
 
 namespace orvo::platform {
@@ -366,7 +367,7 @@ __attribute__((target("ssse3"))) std::size_t encodeUtf8Shuffle(const char16_t* i
 
 std::size_t encodeUtf8(const char16_t* in, std::size_t n, std::uint8_t* out) {
 #if defined(ORVO_UTF8_SHUFFLE)
-  static const bool shuffle = __builtin_cpu_supports("ssse3") != 0;
+  static const bool shuffle = cpuFeatures().ssse3;
   if (shuffle) return encodeUtf8Shuffle(in, n, out);
 #endif
   return encodeUtf8Portable(in, n, out);
