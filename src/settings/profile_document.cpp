@@ -16,13 +16,21 @@ bool isDoubleByte(std::uint32_t cp) noexcept {
 // Below this the index is always built: what it costs is small beside any process.
 constexpr std::size_t kAlwaysIndexed = std::size_t{64} << 10;
 
-// Keys of the same name in different sections are told apart by their section's number.
-std::uint32_t slotHash(std::uint64_t nameHash, std::size_t section) noexcept {
-  const std::uint64_t h = nameHash ^ (section * 0x9E3779B97F4A7C15ULL);
-  return static_cast<std::uint32_t>(h ^ (h >> 32));
+// FNV leaves names that differ in their last characters close together in the high bits the
+// table's slot is taken from: every bit is mixed into every other before the slot is chosen.
+std::uint32_t fold(std::uint64_t h) noexcept {
+  h ^= h >> 33;
+  h *= 0xFF51AFD7ED558CCDULL;
+  h ^= h >> 33;
+  h *= 0xC4CEB9FE1A85EC53ULL;
+  h ^= h >> 33;
+  return static_cast<std::uint32_t>(h);
 }
 
-std::uint32_t fold(std::uint64_t h) noexcept { return static_cast<std::uint32_t>(h ^ (h >> 32)); }
+// Keys of the same name in different sections are told apart by their section's number.
+std::uint32_t slotHash(std::uint64_t nameHash, std::size_t section) noexcept {
+  return fold(nameHash ^ (section * 0x9E3779B97F4A7C15ULL));
+}
 
 }  // namespace
 
