@@ -34,14 +34,6 @@ class EncodingCache {
     if (it == map_.end()) return std::nullopt;
     return it->second;
   }
-  // contains() then get() in one look, for a path without edge blanks (where both use the
-  // same key); nullopt when it is not there.
-  std::optional<enumFileEncoding> lookup(std::u16string_view path) const {
-    const std::lock_guard lock(mutex_);
-    const auto it = map_.find(runtime::UCase(path));
-    if (it == map_.end()) return std::nullopt;
-    return it->second;
-  }
   void add(std::u16string_view path, enumFileEncoding encoding) {
     const std::lock_guard lock(mutex_);
     // Adding a key that is there already fails in the collection (457); the first stays.
@@ -216,7 +208,8 @@ std::optional<enumFileEncoding> rememberedEncoding(const String& FilePath) {
 
 enumFileEncoding EncodingOfExistingFile(const String& FileName, std::int32_t NumBytes) {
   if (runtime::trimView(FileName).size() == FileName.size()) {
-    if (const auto known = cache().lookup(FileName)) return *known;
+    // Without edge blanks contains() and get() use one key: get() alone answers both.
+    if (const auto known = cache().get(FileName)) return *known;
   }
   return TextFileEncoding(FileName, NumBytes);
 }

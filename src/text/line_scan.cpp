@@ -118,6 +118,15 @@ struct Avx512 {
 };
 #endif
 
+// The line ends among p[from, n), one byte at a time; the byte before from is looked at.
+std::uint64_t countBytesFrom(const std::uint8_t* p, std::size_t from, std::size_t n) noexcept {
+  std::uint64_t total = 0;
+  for (std::size_t i = from; i < n; ++i) {
+    total += static_cast<std::uint64_t>(p[i] == kCr || (p[i] == kLf && p[i - 1] != kCr));
+  }
+  return total;
+}
+
 // Counting alone, in 8-bit text: each vector is compared with itself shifted back by one byte,
 // so that an LF after a CR is told from the bytes themselves, with no carry from one vector to
 // the next; the line ends are summed in byte lanes, emptied before they can overflow.
@@ -144,9 +153,7 @@ __attribute__((target("avx2"))) std::uint64_t countBytesAvx2(const std::uint8_t*
              static_cast<std::uint64_t>(_mm256_extract_epi64(sums, 2)) +
              static_cast<std::uint64_t>(_mm256_extract_epi64(sums, 3));
   }
-  for (; i < n; ++i)
-    total += static_cast<std::uint64_t>(p[i] == kCr || (p[i] == kLf && p[i - 1] != kCr));
-  return total;
+  return total + countBytesFrom(p, i, n);
 }
 
 __attribute__((target("avx512f,avx512bw"))) std::uint64_t countBytesAvx512(const std::uint8_t* p,
@@ -162,18 +169,12 @@ __attribute__((target("avx512f,avx512bw"))) std::uint64_t countBytesAvx512(const
                            (_mm512_cmpeq_epi8_mask(v, lf) & ~_mm512_cmpeq_epi8_mask(before, cr));
     total += static_cast<std::uint64_t>(std::popcount(ends));
   }
-  for (; i < n; ++i)
-    total += static_cast<std::uint64_t>(p[i] == kCr || (p[i] == kLf && p[i - 1] != kCr));
-  return total;
+  return total + countBytesFrom(p, i, n);
 }
 #endif
 
 std::uint64_t countBytesPortable(const std::uint8_t* p, std::size_t n) noexcept {
-  std::uint64_t total = 0;
-  for (std::size_t i = 1; i < n; ++i) {
-    total += static_cast<std::uint64_t>(p[i] == kCr || (p[i] == kLf && p[i - 1] != kCr));
-  }
-  return total;
+  return countBytesFrom(p, 1, n);
 }
 
 // The same for any unit: the first byte on its own (the byte before it is the caller's), the
