@@ -350,7 +350,14 @@ bool PrintToExistingFile(const std::function<String()>& makeText, const String& 
     if (!version || version->readOnly) {
       const std::lock_guard lock(held.mutex);
       if (held.path == FilePath) held.file.close();
-      platform::setLastError(version ? platform::kErrorAccessDenied : platform::kErrorFileNotFound);
+      if (version) {
+        platform::setLastError(platform::kErrorAccessDenied);
+      } else {
+        // No regular file by that name: the open says why (missing, a folder, a FIFO) in the
+        // same words as every other open.
+        platform::File reason;
+        if (reason.openForAppend(FilePath, false)) platform::setLastError(0);
+      }
       return false;
     }
     // The bytes are made before the file is taken: finding the log's encoding traces, and the

@@ -14,6 +14,8 @@
 #include "frame/state.hpp"
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/error.hpp"
+#include "orvogeneric/system_errors.hpp"
+#include "platform/last_error.hpp"
 #include "resources/satellite_loader.hpp"
 #include "support/time_limit.hpp"
 
@@ -102,9 +104,12 @@ TEST_F(SpecialFiles, ALogThatIsAFifoIsNotWritten) {
   ASSERT_EQ(::mkfifo((dir_ / "Model.log").c_str(), 0600), 0);
   const auto answer = answerWithin(5000, [&] {
     frame::InitialiseParentAppProperties(fromUtf8(dir_.string()), u"Model");
-    return raised([] { files::AddToLogB_File(u"message", u"", 0, VBool::False); });
+    files::AddToLogB_File(u"message", u"", 0, VBool::False);
+    return static_cast<std::int64_t>(platform::lastError());
   });
   ASSERT_TRUE(answer.has_value()) << "the log write did not return";
+  EXPECT_EQ(*answer, static_cast<std::int64_t>(kErrorAccessDenied))
+      << "a FIFO is refused as the open refuses it";
 }
 
 // A file whose size says nothing of its content (the kernel's files report 0) is read to its end,
