@@ -105,6 +105,7 @@ set(ORVO_SOURCES_TEXT
 if(UNIX)
   set(ORVO_PLATFORM_OS_DIR src/platform/posix)
   set(ORVO_SOURCES_PLATFORM_OS
+      src/platform/posix/change_monitor.cpp
       src/platform/posix/child_streams.cpp
       src/platform/posix/command_line.cpp
       src/platform/posix/debug_output.cpp

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "settings/profile.hpp"
+#include "settings/profile_cache.hpp"
 
 namespace {
 
@@ -71,6 +72,25 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     __builtin_trap();
   }
   const std::string after = readBack(path);
+  // The parse the writer kept (its index moved along where it could) answers as a fresh one.
+  if (const auto kept = cachedDocument(orvo::platform::NativePath(file))) {
+    const detail::Document fresh(after, kept->ansiCodePage());
+    if (kept->raw() != after) __builtin_trap();
+    for (const char16_t* name : {u"S", u"FZ", u"[", u"\u30bd"}) {
+      const auto a = kept->findSection(name);
+      const auto b = fresh.findSection(name);
+      if (a.has_value() != b.has_value()) __builtin_trap();
+      if (!a) continue;
+      for (const char16_t* key : {u"K", u"FZ", u"="}) {
+        const auto x = kept->findKey(*a, key);
+        const auto y = fresh.findKey(*b, key);
+        if (x.has_value() != y.has_value()) __builtin_trap();
+        if (x && kept->text(x->valueBegin, x->valueEnd) != fresh.text(y->valueBegin, y->valueEnd)) {
+          __builtin_trap();
+        }
+      }
+    }
+  }
   if (!present) {
     // An insertion: the old bytes are a prefix and a suffix of the new file.
     std::size_t prefix = 0;

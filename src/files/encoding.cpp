@@ -1,5 +1,6 @@
 #include "files/encoding.hpp"
 
+#include <atomic>
 #include <mutex>
 #include <unordered_map>
 
@@ -12,6 +13,7 @@
 #include "runtime/strings.hpp"
 #include "system/locale_lists.hpp"
 #include "system/locale_queries.hpp"
+#include "text/ascii_run.hpp"
 #include "text/maths.hpp"
 #include "text/strings.hpp"
 
@@ -29,24 +31,43 @@ class EncodingCache {
     return map_.count(runtime::UCase(runtime::trimView(path))) != 0;
   }
   std::optional<enumFileEncoding> get(std::u16string_view path) const {
-    const std::lock_guard lock(mutex_);
-    const auto it = map_.find(runtime::UCase(path));
-    if (it == map_.end()) return std::nullopt;
-    return it->second;
+    // A program reading settings asks about the same file at every lookup: the thread's last
+    // answer stands while no verdict has been added or removed since, and spares upper-casing
+    // the path each time.
+    thread_local const EncodingCache* lastCache = nullptr;
+    thread_local std::uint64_t lastChanges = 0;
+    thread_local String lastPath;
+    thread_local std::optional<enumFileEncoding> lastAnswer;
+    const std::uint64_t changes = changes_.load(std::memory_order_acquire);
+    if (lastCache == this && lastChanges == changes && lastPath == path) return lastAnswer;
+    std::optional<enumFileEncoding> answer;
+    {
+      const std::lock_guard lock(mutex_);
+      const auto it = map_.find(runtime::UCase(path));
+      if (it != map_.end()) answer = it->second;
+    }
+    lastCache = this;
+    lastChanges = changes;
+    lastPath.assign(path);
+    lastAnswer = answer;
+    return answer;
   }
   void add(std::u16string_view path, enumFileEncoding encoding) {
     const std::lock_guard lock(mutex_);
     // Adding a key that is there already fails in the collection (457); the first stays.
-    map_.emplace(runtime::UCase(path), encoding);
+    if (map_.emplace(runtime::UCase(path), encoding).second) changes_.fetch_add(1);
   }
   bool remove(std::u16string_view path) {
     const std::lock_guard lock(mutex_);
-    return map_.erase(runtime::UCase(path)) != 0;
+    if (map_.erase(runtime::UCase(path)) == 0) return false;
+    changes_.fetch_add(1);
+    return true;
   }
 
  private:
   mutable std::mutex mutex_;
   std::unordered_map<String, enumFileEncoding> map_;
+  std::atomic<std::uint64_t> changes_{0};
 };
 
 EncodingCache& cache() {
@@ -147,8 +168,12 @@ enumFileEncoding EncodingFromCodePage(std::int32_t CodePage) {
 bool utf8Heuristic(std::string_view sample) {
   int pending = 0;
   bool sawMultiByte = false;
-  for (const char ch : sample) {
-    const auto b = static_cast<unsigned char>(ch);
+  const auto* p = reinterpret_cast<const std::uint8_t*>(sample.data());
+  for (std::size_t i = 0; i < sample.size(); ++i) {
+    // Runs of ASCII between sequences are passed over whole.
+    if (pending == 0) i += text::asciiRun(p + i, sample.size() - i);
+    if (i == sample.size()) break;
+    const std::uint8_t b = p[i];
     if (pending > 0) {
       if ((b & 0xC0) != 0x80) return false;
       if (--pending == 0) sawMultiByte = true;

@@ -46,9 +46,9 @@ String detailLines(const String& file, const String& section, const String& key)
 }
 
 // The detailed context trap of the raw procedures and the typed writers.
-template <class Body>
+template <class Details, class Body>
 decltype(auto) detailedTrap(std::u16string_view procedure, std::u16string_view context,
-                            const std::function<String()>& details, Body&& body) {
+                            Details&& details, Body&& body) {
   if (frame::InDevelopmentMode()) return std::forward<Body>(body)();
   try {
     return std::forward<Body>(body)();
@@ -89,7 +89,8 @@ String ReadProfileString(const String& File, const String& Section, const String
             });
         // The platform's answer ends at its first NUL, like the buffer it was written into.
         if (const auto nul = buffer.find(u'\0'); nul != String::npos) buffer.resize(nul);
-        return buffer;
+        // Nothing after this can fail and quote the buffer.
+        return String(std::move(buffer));
       });
 }
 
@@ -108,7 +109,8 @@ String sGetFromINI(const String& File, const String& Section, const String& Key,
                    const String& Default, VBool* NotFound) {
   return frame::trap(u"sGetFromINI", [&]() -> String {
     if (NotFound != nullptr) *NotFound = VBool::False;
-    String text = ReadProfileString(File, Section, Key, String(kNotFound));
+    static const String notFound(kNotFound);
+    String text = ReadProfileString(File, Section, Key, notFound);
     // An entry holding the sentence itself reads as missing, by design.
     if (text == kNotFound) {
       if (NotFound != nullptr) *NotFound = VBool::True;

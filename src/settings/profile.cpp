@@ -35,17 +35,60 @@ using detail::ByteLine;
 using detail::Document;
 using detail::isBlank;
 using detail::Line;
+using detail::LineEdit;
 using detail::LineKind;
 using detail::upper;
 
+bool allAscii(std::u16string_view s) {
+  return std::all_of(s.begin(), s.end(), [](char16_t c) { return c < 0x80; });
+}
+
 String throughAnsi(std::u16string_view s, ProfileForm form) {
-  if (form == ProfileForm::Wide ||
-      std::all_of(s.begin(), s.end(), [](char16_t c) { return c < 0x80; })) {
-    return String(s);
-  }
+  if (form == ProfileForm::Wide || allAscii(s)) return String(s);
   const std::uint32_t acp = platform::systemAnsiCodePage();
   return platform::multiByteToWide(acp, platform::wideToMultiByte(acp, s));
 }
+
+String throughAnsi(String&& s, ProfileForm form) {
+  if (form == ProfileForm::Wide || allAscii(s)) return std::move(s);
+  return throughAnsi(std::u16string_view(s), form);
+}
+
+// A section or key name as it is looked up: through the ANSI code page for the narrow form,
+// then blanks trimmed and upper-cased; in a buffer of the thread's, which keeps its room from
+// one lookup to the next.
+std::u16string_view lookupName(std::u16string_view name, ProfileForm form, String& buffer) {
+  if (form == ProfileForm::Wide || allAscii(name)) {
+    buffer.assign(name);
+  } else {
+    buffer = throughAnsi(name, form);
+  }
+  std::size_t e = buffer.size();
+  while (e > 0 && isBlank(buffer[e - 1])) --e;
+  buffer.resize(e);
+  std::size_t b = 0;
+  while (b < e && isBlank(buffer[b])) ++b;
+  buffer.erase(0, b);
+  for (char16_t& c : buffer) c = detail::upperFast(c);
+  return buffer;
+}
+
+// The system's form of the last file named on this thread: a program reading many values
+// names the same file again and again.
+const platform::NativePath& nativePathOf(const String& file) {
+  thread_local String lastFile;
+  thread_local platform::NativePath lastPath;
+  if (lastPath.empty() || file != lastFile) {
+    lastPath = platform::NativePath(file);
+    lastFile = file;
+  }
+  return lastPath;
+}
+
+// Moving a parse's index along holds the old parse and the new one at once: above this, the
+// old one is let go first and the new one built afresh, so that a write of a large file stays
+// within the memory a read of it takes.
+constexpr std::size_t kLargestEditedParse = std::size_t{32} << 20;
 
 String trimBlanks(std::u16string_view s) {
   std::size_t b = 0;
@@ -83,15 +126,20 @@ String GetPrivateProfileString(const String& section, const String& key, const S
     return s;
   };
   bool exists = false;
-  const auto document = file.empty() ? nullptr : loadDocument(platform::NativePath(file), &exists);
+  const auto document = file.empty() ? nullptr : loadDocument(nativePathOf(file), &exists);
   const ProfileForm form = formOf(exists);
-  String fallback = throughAnsi(defaultText, form);
-  while (!fallback.empty() && isBlank(fallback.back())) fallback.pop_back();
-  if (document == nullptr) return cut(fallback);
-  const auto s = document->findSection(upper(trimBlanks(throughAnsi(section, form))));
-  if (!s) return cut(fallback);
-  const auto line = document->findKey(*s, upper(trimBlanks(throughAnsi(key, form))));
-  if (!line) return cut(fallback);
+  const auto fallback = [&] {
+    String text = throughAnsi(defaultText, form);
+    while (!text.empty() && isBlank(text.back())) text.pop_back();
+    return cut(std::move(text));
+  };
+  if (document == nullptr) return fallback();
+  thread_local String sectionBuffer;
+  thread_local String keyBuffer;
+  const auto s = document->findSection(lookupName(section, form, sectionBuffer));
+  if (!s) return fallback();
+  const auto line = document->findKey(*s, lookupName(key, form, keyBuffer));
+  if (!line) return fallback();
   if (found != nullptr) *found = true;
   return cut(throughAnsi(unquote(document->text(line->valueBegin, line->valueEnd)), form));
 }
@@ -114,6 +162,9 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
 
   platform::WriterLock lock;
   if (!lock.acquire(path, error)) return fail(error);
+  // Watched before the read: a change by another process from here on is seen by the next
+  // lookup, whatever this writer makes of the bytes.
+  WatchedSince watched = watchSettingsFile(path);
   // Under the lock the file is always read again: a stamp can miss a change made within one
   // tick of the clock, and a write built on a stale copy would undo another process's write.
   auto bytes = platform::readWholeFile(path, nullptr, error);
@@ -131,6 +182,10 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
   const std::string& raw = document->raw();
   const String crlf = u"\r\n";
   std::string updated;
+  String insertedText;
+  std::string insertedBytes;
+  // The edit in units of the text, for moving the index along; none for a removal.
+  std::optional<LineEdit> edit;
   const auto splice = [&](std::size_t from, std::size_t to, std::string_view with) {
     updated.reserve(raw.size() - (to - from) + with.size() + 1);
     updated.append(raw, 0, from);
@@ -157,9 +212,13 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
     if (line) {
       // The stored value already reads as written: the file is left alone.
       if (document->text(line->valueBegin, line->valueEnd) == newValue) return true;
-      const String replaced = document->text(line->nameBegin, line->nameEnd) + u"=" + newValue;
+      insertedText = document->text(line->nameBegin, line->nameEnd) + u"=" + newValue;
+      insertedBytes = document->encode(insertedText);
       const ByteLine at = document->bytesOf(*line);
-      splice(at.begin, at.end, document->encode(replaced));
+      splice(at.begin, at.end, insertedBytes);
+      edit.emplace();
+      edit->at = line->begin;
+      edit->removed = line->end - line->begin;
     } else {
       // After the section's last line that is not blank, so that blank lines separating it
       // from the next section stay where they are.
@@ -170,25 +229,46 @@ bool WritePrivateProfileString(const String* section, const String* key, const S
         pos = l.next;
       }
       const String prefix = after.next == after.end ? crlf : String();
+      insertedText = prefix + keyName + u"=" + newValue + crlf;
+      insertedBytes = document->encode(insertedText);
       const std::size_t at = document->bytesOf(after).next;
-      splice(at, at, document->encode(prefix + keyName + u"=" + newValue + crlf));
+      splice(at, at, insertedBytes);
+      edit.emplace();
+      edit->at = after.next;
+      edit->newKeyAt = after.next + document->unitsOf(prefix);
+      edit->section = s->number;
     }
   } else {
     const String prefix = document->endsWithTerminator() ? String() : crlf;
-    splice(raw.size(), raw.size(),
-           document->encode(prefix + u"[" + sectionName + u"]" + crlf + keyName + u"=" + newValue +
-                            crlf));
+    const String header = u"[" + sectionName + u"]" + crlf;
+    insertedText = prefix + header + keyName + u"=" + newValue + crlf;
+    insertedBytes = document->encode(insertedText);
+    splice(raw.size(), raw.size(), insertedBytes);
+    edit.emplace();
+    edit->at = document->textSize();
+    edit->newSectionAt = document->textSize() + document->unitsOf(prefix);
+    edit->newKeyAt = *edit->newSectionAt + document->unitsOf(header);
   }
-  // The old parse is let go before the new one is made, so that a large file is not held
-  // parsed twice.
-  known.reset();
-  document.reset();
-  forgetDocument(path);
   const std::int64_t writtenAt = platform::stampClockNs();
   const auto version = platform::replaceWholeFile(path, updated, error);
   if (!version) return fail(error);
-  rememberDocument(path, *version, std::make_shared<const Document>(std::move(updated), acp),
-                   writtenAt);
+  std::shared_ptr<const Document> next;
+  if (edit) {
+    edit->inserted = insertedText;
+    edit->insertedBytes = insertedBytes;
+  }
+  if (edit && document->memoryUse() <= kLargestEditedParse &&
+      document->canMoveAlong(*edit, updated.size())) {
+    next = document->edited(std::move(updated), *edit);
+  } else {
+    // The old parse is let go before the new one is made, so that a large file is not held
+    // parsed twice.
+    forgetDocument(path);
+    known.reset();
+    document.reset();
+    next = std::make_shared<const Document>(std::move(updated), acp);
+  }
+  rememberDocument(path, *version, std::move(next), writtenAt, std::move(watched));
   return true;
 }
 

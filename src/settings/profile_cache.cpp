@@ -4,6 +4,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "platform/change_monitor.hpp"
 #include "platform/codepage.hpp"
 #include "settings/profile.hpp"
 
@@ -17,6 +18,10 @@ struct CacheEntry {
   platform::FileVersion version;
   std::shared_ptr<const Document> document;
   std::int64_t readAtNs = 0;  // when the document's bytes were last known to be the file's
+  // While the watch's count stays at seenChanges, nothing has touched the file since its bytes
+  // were known; without a watch the stamp is asked at every call.
+  std::shared_ptr<const platform::FileWatch> watch;
+  std::uint64_t seenChanges = 0;
 };
 
 std::mutex& cacheMutex() {
@@ -46,30 +51,52 @@ void forgetDocument(const platform::NativePath& path) {
   cache().erase(path);
 }
 
-void rememberDocument(const platform::NativePath& path, const platform::FileVersion& version,
-                      std::shared_ptr<const Document> document, std::int64_t readAtNs) {
-  const std::lock_guard lock(cacheMutex());
-  if (cache().size() >= kCacheLimit && cache().count(path) == 0) cache().clear();
-  cache()[path] = {version, std::move(document), readAtNs};
+WatchedSince watchSettingsFile(const platform::NativePath& path) {
+  auto watch = platform::watchFile(path);
+  const std::uint64_t seen = watch != nullptr ? watch->changes() : 0;
+  return {std::move(watch), seen};
 }
 
-// The parsed file, from the cache while its stamp is unchanged (one stat per call, so that a
-// change by another process is seen by the next call); null when it cannot be read.
+void rememberDocument(const platform::NativePath& path, const platform::FileVersion& version,
+                      std::shared_ptr<const Document> document, std::int64_t readAtNs,
+                      WatchedSince watched) {
+  const std::lock_guard lock(cacheMutex());
+  if (cache().size() >= kCacheLimit && cache().count(path) == 0) cache().clear();
+  cache()[path] = {version, std::move(document), readAtNs, std::move(watched.watch),
+                   watched.seenChanges};
+}
+
+// The parsed file, from the cache while nothing has changed it; null when it cannot be read.
+// A watched file costs one look at the process's change notifications, shared by all files;
+// any other costs a stat. Either way another process's change is seen by the next call.
 std::shared_ptr<const Document> loadDocument(const platform::NativePath& path, bool* exists) {
-  const auto version = platform::fileVersion(path);
-  if (exists != nullptr) *exists = version.has_value();
-  if (!version) return nullptr;
+  platform::collectChanges();
   std::shared_ptr<const Document> known;
+  platform::FileVersion knownVersion{};
+  std::int64_t knownReadAt = 0;
   {
     const std::lock_guard lock(cacheMutex());
     const auto it = cache().find(path);
     if (it != cache().end() && stillValid(*it->second.document)) {
-      if (it->second.version == *version &&
-          platform::stampIsConclusive(*version, it->second.readAtNs)) {
-        return it->second.document;
+      const CacheEntry& entry = it->second;
+      if (entry.watch != nullptr && entry.watch->changes() == entry.seenChanges) {
+        if (exists != nullptr) *exists = true;
+        return entry.document;
       }
-      known = it->second.document;
+      known = entry.document;
+      knownVersion = entry.version;
+      knownReadAt = entry.readAtNs;
     }
+  }
+  // The watch comes first: a change after it is counted, whatever this call reads.
+  WatchedSince watched = watchSettingsFile(path);
+  const auto version = platform::fileVersion(path);
+  if (exists != nullptr) *exists = version.has_value();
+  if (!version) return nullptr;
+  if (known != nullptr && knownVersion == *version &&
+      platform::stampIsConclusive(*version, knownReadAt)) {
+    rememberDocument(path, *version, known, knownReadAt, std::move(watched));
+    return known;
   }
   const std::int64_t readAt = platform::stampClockNs();
   platform::FileVersion read{};
@@ -80,7 +107,7 @@ std::shared_ptr<const Document> loadDocument(const platform::NativePath& path, b
       known != nullptr && known->raw() == *bytes
           ? known
           : std::make_shared<const Document>(std::move(*bytes), platform::systemAnsiCodePage());
-  rememberDocument(path, read, document, readAt);
+  rememberDocument(path, read, document, readAt, std::move(watched));
   return document;
 }
 

@@ -1,9 +1,14 @@
 #include "settings/profile_document.hpp"
 
 #include <algorithm>
+#include <bit>
+#include <climits>
 #include <span>
+#include <utility>
 
 #include "platform/codepage.hpp"
+#include "text/ascii_run.hpp"
+#include "text/line_scan.hpp"
 
 namespace orvo::settings::privateprofile::detail {
 
@@ -37,7 +42,7 @@ std::uint32_t slotHash(std::uint64_t nameHash, std::size_t section) noexcept {
 Document::Document(std::string raw, std::uint32_t ansiCodePage)
     : raw_(std::move(raw)), acp_(ansiCodePage) {
   dependsOnCodePage_ =
-      std::any_of(raw_.begin(), raw_.end(), [](char c) { return (c & 0x80) != 0; });
+      !text::allAscii(reinterpret_cast<const std::uint8_t*>(raw_.data()), raw_.size());
   const auto* b = reinterpret_cast<const unsigned char*>(raw_.data());
   if (raw_.size() >= 2 && b[0] == 0xFF && b[1] == 0xFE) {
     encoding_ = Encoding::Utf16Le;
@@ -67,6 +72,73 @@ Document::Document(std::string raw, std::uint32_t ansiCodePage)
   index();
 }
 
+// Everything but the bytes, which the caller gives.
+Document::Document(std::string raw, const Document& before)
+    : raw_(std::move(raw)),
+      acp_(before.acp_),
+      encoding_(before.encoding_),
+      bom_(before.bom_),
+      byLines_(before.byLines_),
+      dependsOnCodePage_(before.dependsOnCodePage_),
+      sectionsIndexed_(before.sectionsIndexed_),
+      sections_(before.sections_),
+      sectionNames_(before.sectionNames_),
+      keys_(before.keys_) {}
+
+bool Document::canMoveAlong(const LineEdit& edit, std::size_t newSize) const {
+  // Converted line by line, the text does not follow the bytes unit for unit; half a UTF-16
+  // unit at the end shifts everything written after it.
+  if (byLines_ || (wide() && raw_.size() % 2 != 0) || newSize >= kLargestFile) return false;
+  return encoding_ != Encoding::Ansi || !isDoubleByte(acp_) ||
+         text::allAscii(reinterpret_cast<const std::uint8_t*>(edit.insertedBytes.data()),
+                        edit.insertedBytes.size());
+}
+
+std::shared_ptr<const Document> Document::edited(std::string raw, const LineEdit& edit) const {
+  const bool highBytes = !text::allAscii(
+      reinterpret_cast<const std::uint8_t*>(edit.insertedBytes.data()), edit.insertedBytes.size());
+  const std::size_t inserted = wide() ? edit.inserted.size() : edit.insertedBytes.size();
+  auto next = std::shared_ptr<Document>(new Document(std::move(raw), *this));
+  next->dependsOnCodePage_ = dependsOnCodePage_ || (encoding_ == Encoding::Ansi && highBytes);
+  if (wide()) {
+    next->units_.reserve(units_.size() - edit.removed + inserted);
+    next->units_.append(units_, 0, edit.at);
+    next->units_.append(edit.inserted);
+    next->units_.append(units_, edit.at + edit.removed);
+  }
+  const std::size_t from = edit.at + edit.removed;
+  const auto move = [&](std::uint32_t& offset) {
+    if (offset >= from) offset = static_cast<std::uint32_t>(offset - edit.removed + inserted);
+  };
+  for (auto& section : next->sections_) move(section.header);
+  next->keys_.changeValues(move);
+  std::size_t keySection = edit.section;
+  if (edit.newSectionAt && next->sectionsIndexed_) {
+    const Line header = next->lineAt(*edit.newSectionAt);
+    next->sections_.push_back(
+        {fold(next->nameHash(header)), static_cast<std::uint32_t>(header.begin)});
+    keySection = next->sections_.size() - 1;
+    if (!next->sectionNames_.empty()) {
+      next->sectionNames_.makeRoomForOne();
+      next->insertSectionName(keySection);
+    }
+  }
+  if (edit.newKeyAt && !next->keys_.empty()) {
+    next->keys_.makeRoomForOne();
+    next->insertKey(next->lineAt(*edit.newKeyAt), keySection);
+  }
+  // A table grown past the file's bound is let go: lookups read the file through instead.
+  if (!next->withinMemoryBound()) {
+    next->keys_.release();
+    next->sectionNames_.release();
+  }
+  if (!next->withinMemoryBound()) {
+    next->sections_ = {};
+    next->sectionsIndexed_ = false;
+  }
+  return next;
+}
+
 Line Document::lineAt(std::size_t pos) const {
   return decoded() ? classify(units_.data(), units_.size(), pos)
                    : classify(bytes(), raw_.size() - bom_, pos);
@@ -94,59 +166,101 @@ void Document::decodeByLines() {
   if (unit <= size / 2) units_.shrink_to_fit();
 }
 
+std::size_t Document::lineCount() const noexcept {
+  const std::size_t size = textSize();
+  if (size == 0) return 0;
+  const text::UnitForm form{static_cast<std::uint8_t>(decoded() ? 2 : 1),
+                            std::endian::native == std::endian::big};
+  const auto* p = decoded() ? reinterpret_cast<const std::uint8_t*>(units_.data()) : bytes();
+  const auto scan = text::scanLineEnds(p, size * form.width, form, false, UINT64_MAX);
+  return static_cast<std::size_t>(scan.ends) + (scan.lastWasBreak ? 0 : 1);
+}
+
 void Document::index() {
   const std::size_t size = textSize();
-  std::size_t sectionCount = 0;
-  std::size_t keyCount = 0;
-  for (std::size_t pos = 0; pos < size;) {
-    const Line l = lineAt(pos);
-    if (l.kind == LineKind::Section) {
-      ++sectionCount;
-    } else if (l.kind == LineKind::Key && sectionCount > 0) {
-      ++keyCount;
+  const std::size_t budget = memoryBound() > heldText() ? memoryBound() - heldText() : 0;
+  // A quarter more slots than needed where the bound allows, so that keys a writer adds seldom
+  // grow the table.
+  const auto roomy = [](std::size_t names) {
+    return SlotTable::slotsFor(names) + SlotTable::slotsFor(names) / 4;
+  };
+  // Usually there is room for a key table as if every line were a key and for every line being
+  // a section, and one pass over the lines builds the index. Only a file of very short lines
+  // is counted by kind first, so that its tables are no larger than they must be.
+  const std::size_t lines = lineCount();
+  std::size_t sectionCount = lines;
+  std::size_t keyCount = lines;
+  const bool onePass =
+      roomy(lines) * sizeof(SlotTable::Slot) + 2 * lines * sizeof(SectionEntry) <= budget;
+  if (!onePass) {
+    sectionCount = 0;
+    keyCount = 0;
+    for (std::size_t pos = 0; pos < size;) {
+      const Line l = lineAt(pos);
+      if (l.kind == LineKind::Section) {
+        ++sectionCount;
+      } else if (l.kind == LineKind::Key && sectionCount > 0) {
+        ++keyCount;
+      }
+      pos = l.next;
     }
-    pos = l.next;
+    if (sectionCount * sizeof(SectionEntry) > budget) return;
+    sections_.reserve(sectionCount);
   }
-  const std::size_t held = raw_.capacity() + units_.capacity() * sizeof(char16_t);
-  const std::size_t allowed = 4 * raw_.size() + kAlwaysIndexed;
-  std::size_t budget = allowed > held ? allowed - held : 0;
-  if (sectionCount * sizeof(SectionEntry) > budget) return;
-  budget -= sectionCount * sizeof(SectionEntry);
-  sections_.reserve(sectionCount);
-  // Two slots for every three keys at most, so that a miss ends after a few probes.
-  const std::size_t slots = keyCount == 0 ? 0 : keyCount + keyCount / 2 + 1;
-  if (slots * sizeof(KeySlot) <= budget) keySlots_.resize(slots);
+  std::size_t left = budget - sectionCount * sizeof(SectionEntry);
+  if (roomy(keyCount) * sizeof(SlotTable::Slot) <= left) {
+    keys_.reset(roomy(keyCount));
+  } else if (SlotTable::slotsFor(keyCount) * sizeof(SlotTable::Slot) <= left) {
+    keys_.reset(SlotTable::slotsFor(keyCount));
+  }
   for (std::size_t pos = 0; pos < size;) {
     const Line l = lineAt(pos);
     if (l.kind == LineKind::Section) {
       sections_.push_back({fold(nameHash(l)), static_cast<std::uint32_t>(l.begin)});
-    } else if (l.kind == LineKind::Key && !sections_.empty() && !keySlots_.empty()) {
+    } else if (l.kind == LineKind::Key && !sections_.empty() && !keys_.empty()) {
       // Keys before the first section belong to none: the platform keeps such lines but
       // never finds a key among them.
       insertKey(l, sections_.size() - 1);
     }
     pos = l.next;
   }
+  if (onePass) sections_.shrink_to_fit();
   sectionsIndexed_ = true;
+  // Sections by name too, where that stays within the bound; else they are searched in order.
+  left = budget - sections_.capacity() * sizeof(SectionEntry) - keys_.bytes();
+  if (SlotTable::slotsFor(sections_.size()) * sizeof(SlotTable::Slot) <= left) {
+    sectionNames_.reset(SlotTable::slotsFor(sections_.size()));
+    for (std::size_t i = 0; i < sections_.size(); ++i) insertSectionName(i);
+  }
 }
 
-std::size_t Document::slotOf(std::uint32_t hash) const noexcept {
-  return static_cast<std::size_t>((std::uint64_t{hash} * keySlots_.size()) >> 32);
+std::size_t Document::heldText() const noexcept {
+  return raw_.capacity() + units_.capacity() * sizeof(char16_t);
+}
+
+std::size_t Document::memoryBound() const noexcept {
+  return std::max(4 * raw_.size(), kAlwaysIndexed);
+}
+
+bool Document::withinMemoryBound() const noexcept {
+  return heldText() + sections_.capacity() * sizeof(SectionEntry) + sectionNames_.bytes() +
+             keys_.bytes() <=
+         memoryBound();
 }
 
 void Document::insertKey(const Line& line, std::size_t section) {
-  const std::uint32_t h = slotHash(nameHash(line), section);
   const std::uint32_t header = sections_[section].header;
-  for (std::size_t s = slotOf(h);; s = s + 1 == keySlots_.size() ? 0 : s + 1) {
-    KeySlot& slot = keySlots_[s];
-    if (slot.line == kEmpty) {
-      slot = {h, static_cast<std::uint32_t>(line.begin)};
-      return;
-    }
-    // The first of duplicate keys is the one found; keys are added in file order, so a key
-    // after the header is in this section.
-    if (slot.hash == h && slot.line > header && sameName(lineAt(slot.line), line)) return;
-  }
+  // Keys are added in file order, so a key after the header is in this section.
+  keys_.insert(
+      slotHash(nameHash(line), section), static_cast<std::uint32_t>(line.begin),
+      [&](std::uint32_t other) { return other > header && sameName(lineAt(other), line); });
+}
+
+void Document::insertSectionName(std::size_t number) {
+  const Line header = lineAt(sections_[number].header);
+  sectionNames_.insert(
+      sections_[number].hash, static_cast<std::uint32_t>(number),
+      [&](std::uint32_t other) { return sameName(lineAt(sections_[other].header), header); });
 }
 
 SectionRef Document::sectionAt(std::size_t number) const {
@@ -155,6 +269,13 @@ SectionRef Document::sectionAt(std::size_t number) const {
 }
 
 std::optional<SectionRef> Document::findSection(std::u16string_view upperName) const {
+  if (!sectionNames_.empty()) {
+    const auto number = sectionNames_.find(fold(hashUnits(upperName)), [&](std::uint32_t n) {
+      return nameEquals(lineAt(sections_[n].header), upperName);
+    });
+    if (!number) return std::nullopt;
+    return sectionAt(*number);
+  }
   if (sectionsIndexed_) {
     const std::uint32_t h = fold(hashUnits(upperName));
     for (std::size_t i = 0; i < sections_.size(); ++i) {
@@ -182,16 +303,16 @@ std::optional<SectionRef> Document::findSection(std::u16string_view upperName) c
 
 std::optional<Line> Document::findKey(const SectionRef& section,
                                       std::u16string_view upperName) const {
-  if (!keySlots_.empty()) {
-    const std::uint32_t h = slotHash(hashUnits(upperName), section.number);
-    for (std::size_t s = slotOf(h);; s = s + 1 == keySlots_.size() ? 0 : s + 1) {
-      const KeySlot& slot = keySlots_[s];
-      if (slot.line == kEmpty) return std::nullopt;
-      if (slot.hash == h && slot.line > section.header && slot.line < section.end) {
-        const Line l = lineAt(slot.line);
-        if (nameEquals(l, upperName)) return l;
-      }
-    }
+  if (!keys_.empty()) {
+    std::optional<Line> found;
+    keys_.find(slotHash(hashUnits(upperName), section.number), [&](std::uint32_t at) {
+      if (at <= section.header || at >= section.end) return false;
+      const Line l = lineAt(at);
+      if (!nameEquals(l, upperName)) return false;
+      found = l;
+      return true;
+    });
+    return found;
   }
   for (std::size_t pos = lineAt(section.header).next; pos < section.end;) {
     const Line l = lineAt(pos);
@@ -228,7 +349,7 @@ ByteLine Document::bytesOf(const Line& line) const {
 String Document::text(std::size_t begin, std::size_t end) const {
   if (decoded()) return String(units_.data() + begin, units_.data() + end);
   const std::uint8_t* p = bytes();
-  if (std::all_of(p + begin, p + end, [](std::uint8_t c) { return c < 0x80; })) {
+  if (text::allAscii(p + begin, end - begin)) {
     return String(p + begin, p + end);
   }
   String out(end - begin, u'\0');
@@ -261,7 +382,7 @@ bool Document::endsWithTerminator() const noexcept {
 
 std::size_t Document::memoryUse() const noexcept {
   return sizeof(*this) + raw_.capacity() + units_.capacity() * sizeof(char16_t) +
-         sections_.capacity() * sizeof(SectionEntry) + keySlots_.capacity() * sizeof(KeySlot);
+         sections_.capacity() * sizeof(SectionEntry) + sectionNames_.bytes() + keys_.bytes();
 }
 
 bool Document::asciiName(const Line& l) const noexcept {
@@ -270,13 +391,22 @@ bool Document::asciiName(const Line& l) const noexcept {
 }
 
 std::uint64_t Document::nameHash(const Line& l) const {
-  // Most names are ASCII and are hashed where they lie.
-  if (!asciiName(l)) return hashUnits(upper(text(l.nameBegin, l.nameEnd)));
-  std::uint64_t h = kHashSeed;
-  for (std::size_t i = l.nameBegin; i < l.nameEnd; ++i) {
-    h = hashStep(h, upperFast(decoded() ? units_[i] : static_cast<char16_t>(bytes()[i])));
+  if (decoded()) {
+    std::uint64_t h = kHashSeed;
+    for (std::size_t i = l.nameBegin; i < l.nameEnd; ++i) h = hashStep(h, upperFast(units_[i]));
+    return h;
   }
-  return h;
+  // Most names are ASCII and are hashed where they lie, upper-cased without a branch; a name
+  // with other bytes is converted first.
+  std::uint64_t h = kHashSeed;
+  unsigned seen = 0;
+  for (const std::uint8_t* p = bytes() + l.nameBegin; p != bytes() + l.nameEnd; ++p) {
+    const unsigned c = *p;
+    seen |= c;
+    h = hashStep(h, static_cast<char16_t>(c - (c - u'a' < 26U ? 32U : 0U)));
+  }
+  if (seen < 0x80) return h;
+  return hashUnits(upper(text(l.nameBegin, l.nameEnd)));
 }
 
 bool Document::sameName(const Line& a, const Line& b) const {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,6 +10,7 @@
 
 #include "orvogeneric/types.hpp"
 #include "settings/profile_line.hpp"
+#include "settings/slot_table.hpp"
 
 // A settings file's bytes as the platform reads them, indexed by section and key names, so that
 // a lookup costs a hash and a few comparisons and a write knows the exact bytes of the line it
@@ -35,9 +37,28 @@ struct ByteLine {
   std::size_t next = 0;
 };
 
+// What a writer changed in one place of the text: `removed` units at `at` replaced by inserted
+// (given as text and as the bytes written), which holds a whole new key line, or a new section
+// with its first key, where said. Everything before `at` is as it was.
+struct LineEdit {
+  std::size_t at = 0;
+  std::size_t removed = 0;
+  std::u16string_view inserted;
+  std::string_view insertedBytes;
+  std::optional<std::size_t> newSectionAt;  // where an added section's header starts
+  std::optional<std::size_t> newKeyAt;      // where an added key's line starts
+  std::size_t section = 0;                  // the number of the section of an added key
+};
+
 class Document {
  public:
   Document(std::string raw, std::uint32_t ansiCodePage);
+
+  // Whether the parse of these bytes with the edit made (newSize bytes) can be this one's
+  // with its index moved along: only where the text follows the bytes unit for unit.
+  [[nodiscard]] bool canMoveAlong(const LineEdit& edit, std::size_t newSize) const;
+  // That parse, for raw, which is these bytes with the edit made.
+  [[nodiscard]] std::shared_ptr<const Document> edited(std::string raw, const LineEdit& edit) const;
 
   [[nodiscard]] const std::string& raw() const noexcept { return raw_; }
   [[nodiscard]] std::uint32_t ansiCodePage() const noexcept { return acp_; }
@@ -70,6 +91,10 @@ class Document {
   [[nodiscard]] String text(std::size_t begin, std::size_t end) const;
   // Text in the file's encoding.
   [[nodiscard]] std::string encode(std::u16string_view text) const;
+  // How many units of this file's text the text takes (bytes, unless the file is UTF-16).
+  [[nodiscard]] std::size_t unitsOf(std::u16string_view text) const {
+    return wide() ? text.size() : encode(text).size();
+  }
   // Whether the content after the BOM is empty or ends with a line terminator. A UTF-16 file
   // of odd length does not: it ends in half a unit, which text added after it completes.
   [[nodiscard]] bool endsWithTerminator() const noexcept;
@@ -77,23 +102,25 @@ class Document {
   // The bytes this parse holds, the file's own included.
   [[nodiscard]] std::size_t memoryUse() const noexcept;
   [[nodiscard]] bool sectionsIndexed() const noexcept { return sectionsIndexed_; }
-  [[nodiscard]] bool keysIndexed() const noexcept { return !keySlots_.empty(); }
+  [[nodiscard]] bool keysIndexed() const noexcept { return !keys_.empty(); }
 
  private:
-  static constexpr std::uint32_t kEmpty = 0xFFFFFFFFU;
   struct SectionEntry {
     std::uint32_t hash;
     std::uint32_t header;
   };
-  struct KeySlot {
-    std::uint32_t hash = 0;
-    std::uint32_t line = kEmpty;
-  };
 
+  Document(std::string raw, const Document& before);
   void decodeByLines();
   void index();
+  [[nodiscard]] std::size_t lineCount() const noexcept;
   void insertKey(const Line& line, std::size_t section);
-  [[nodiscard]] std::size_t slotOf(std::uint32_t hash) const noexcept;
+  void insertSectionName(std::size_t number);
+  // The file, its text and the index together stay within four times the file (plus a little,
+  // so that small files are always indexed).
+  [[nodiscard]] std::size_t heldText() const noexcept;
+  [[nodiscard]] std::size_t memoryBound() const noexcept;
+  [[nodiscard]] bool withinMemoryBound() const noexcept;
   [[nodiscard]] SectionRef sectionAt(std::size_t number) const;
 
   [[nodiscard]] const std::uint8_t* bytes() const noexcept {
@@ -112,9 +139,10 @@ class Document {
   bool byLines_ = false;
   bool dependsOnCodePage_ = false;
   bool sectionsIndexed_ = false;
-  std::u16string units_;  // the converted text, when decoded()
-  std::vector<SectionEntry> sections_;
-  std::vector<KeySlot> keySlots_;
+  std::u16string units_;                // the converted text, when decoded()
+  std::vector<SectionEntry> sections_;  // in file order
+  SlotTable sectionNames_;              // section numbers by name, when there is room
+  SlotTable keys_;                      // key line starts by section number and name
 };
 
 }  // namespace orvo::settings::privateprofile::detail

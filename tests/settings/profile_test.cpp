@@ -7,6 +7,8 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <random>
 
 #include "files/files_fixture.hpp"
@@ -75,6 +77,7 @@ TEST_F(Profile, DoubleBytePagesAreReadAsText) {
   EXPECT_EQ(get(ini, u"\u30be", u"\u8868"), u"\u30be");
   ASSERT_TRUE(put(ini, u"\u30be", u"\u8868", u"\u8868"));
   EXPECT_EQ(read("sjis.ini"), "[\x83\x5D]\r\n\x95\x5C=\x95\x5C\r\n");
+  EXPECT_EQ(get(ini, u"\u30be", u"\u8868"), u"\u8868") << "the writer's parse is of what it wrote";
 }
 
 TEST_F(Profile, WritesChangeOnlyTheirLine) {
@@ -160,6 +163,54 @@ TEST_F(Profile, ReplacingKeepsModeAndLinksAndSeesOtherWriters) {
   std::size_t entries = 0;
   for ([[maybe_unused]] const auto& e : std::filesystem::directory_iterator(dir_)) ++entries;
   EXPECT_EQ(entries, 2U) << "no temporary file left behind";
+}
+
+// A program reading values again and again is answered from its parse, yet sees at its very
+// next lookup whatever another process has done to the file, however it was done.
+TEST_F(Profile, AnotherProcesssChangeIsSeenAtTheNextLookup) {
+  std::filesystem::create_directory(dir_ / "other");
+  struct Change {
+    const char* how;
+    std::function<void(const std::filesystem::path&)> make;
+    const char16_t* value;
+  };
+  const auto overwrite = [](const std::filesystem::path& f, const std::string& bytes) {
+    std::fstream(f, std::ios::in | std::ios::out | std::ios::binary) << bytes;
+  };
+  const Change changes[] = {
+      {"rewritten in place, same size", [&](const auto& f) { overwrite(f, "[S]\r\nk=2\r\n"); },
+       u"2"},
+      {"replaced by a rename",
+       [](const auto& f) {
+         std::ofstream(f.string() + ".tmp", std::ios::binary) << "[S]\r\nk=renamed\r\n";
+         std::filesystem::rename(f.string() + ".tmp", f);
+       },
+       u"renamed"},
+      {"written by this library",
+       [](const auto& f) { put(fromUtf8(f.string()), u"S", u"k", u"3"); }, u"3"},
+      {"removed", [](const auto& f) { std::filesystem::remove(f); }, u"<def>"},
+      {"written through a second name elsewhere",
+       [&](const auto& f) {
+         std::filesystem::create_hard_link(f, dir_ / "other" / "alias.ini");
+         overwrite(dir_ / "other" / "alias.ini", "[S]\r\nk=4\r\n");
+       },
+       u"4"},
+      {"made unreadable",
+       [](const auto& f) { std::filesystem::permissions(f, std::filesystem::perms::none); },
+       ::geteuid() == 0 ? u"1" : u"<def>"},
+  };
+  int n = 0;
+  for (const Change& c : changes) {
+    const std::string name = "seen" + std::to_string(++n) + ".ini";
+    const String ini = write(name, "[S]\r\nk=1\r\n");
+    for (int i = 0; i < 3; ++i) ASSERT_EQ(get(ini, u"S", u"k"), u"1") << c.how;
+    EXPECT_TRUE(test::runInProcesses(1, [&](int) {
+      c.make(dir_ / name);
+      return true;
+    }));
+    EXPECT_EQ(test::show(get(ini, u"S", u"k")), test::show(c.value)) << c.how;
+    std::filesystem::remove(dir_ / "other" / "alias.ini");
+  }
 }
 
 // Several processes writing distinct keys into one file: none is lost.
