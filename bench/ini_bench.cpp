@@ -25,6 +25,7 @@
 #include "orvogeneric/classes.hpp"
 #include "settings/profile.hpp"
 #include "settings/profile_cache.hpp"
+#include "settings/profile_document.hpp"
 
 namespace {
 
@@ -132,6 +133,34 @@ void BM_SettingsLoadAndLookups(benchmark::State& state) {
   state.counters["ratio_inih"] = inih / ours;
 }
 BENCHMARK(BM_SettingsLoadAndLookups)->Unit(benchmark::kMillisecond)->Iterations(30);
+
+// The parse alone, from bytes in memory, against SimpleIni's LoadData: what a program pays once
+// per file before its first lookup (ratio = SimpleIni's time / ours).
+void BM_SettingsParse(benchmark::State& state) {
+  const std::string text = fileText();
+  double ours = 0;
+  double simpleIni = 0;
+  for (auto _ : state) {
+    auto start = Clock::now();
+    const orvo::settings::privateprofile::detail::Document document(text, 1252);
+    benchmark::DoNotOptimize(document.sectionsIndexed());
+    ours += seconds(start);
+    start = Clock::now();
+    CSimpleIniA peer;
+    if (peer.LoadData(text.data(), text.size()) < 0)
+      state.SkipWithError("SimpleIni could not load");
+    simpleIni += seconds(start);
+    if (!document.keysIndexed() || peer.GetValue("Section7", "Setting_7") == nullptr) {
+      state.SkipWithError("a parse found nothing");
+      return;
+    }
+  }
+  const double n = static_cast<double>(state.iterations());
+  state.counters["ours_us"] = ours / n * 1e6;
+  state.counters["simpleini_us"] = simpleIni / n * 1e6;
+  state.counters["ratio_simpleini"] = simpleIni / ours;
+}
+BENCHMARK(BM_SettingsParse)->Unit(benchmark::kMicrosecond)->Iterations(300);
 
 void BM_SettingsOneWrite(benchmark::State& state) {
   writeSample();

@@ -18,6 +18,8 @@
 
 namespace orvo::settings {
 
+using namespace std::string_view_literals;
+
 namespace {
 
 // UTF-16 LE files, with a BOM or without, are read and written through the wide form.
@@ -69,8 +71,9 @@ const platform::RegionalSettings& regional() {
 String ReadProfileString(const String& File, const String& Section, const String& Key,
                          const String& DefaultText) {
   String buffer;
+  // Views of known length: a lookup should not count the letters of its error texts.
   return detailedTrap(
-      u"sGetFromINI", u"Unexpected error when retrieving a string value from the INI file",
+      u"sGetFromINI"sv, u"Unexpected error when retrieving a string value from the INI file"sv,
       [&] {
         return detailLines(File, Section, Key) + u"\r\nText retrieved is shown below\r\n'" +
                buffer + u"'\r\nFirst " +
@@ -107,7 +110,7 @@ bool WritePrivateProfileString(const String& Section, const String& Key, const S
 
 String sGetFromINI(const String& File, const String& Section, const String& Key,
                    const String& Default, VBool* NotFound) {
-  return frame::trap(u"sGetFromINI", [&]() -> String {
+  return frame::trap(u"sGetFromINI"sv, [&]() -> String {
     if (NotFound != nullptr) *NotFound = VBool::False;
     static const String notFound(kNotFound);
     String text = ReadProfileString(File, Section, Key, notFound);

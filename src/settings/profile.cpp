@@ -58,18 +58,18 @@ String throughAnsi(String&& s, ProfileForm form) {
 // then blanks trimmed and upper-cased; in a buffer of the thread's, which keeps its room from
 // one lookup to the next.
 std::u16string_view lookupName(std::u16string_view name, ProfileForm form, String& buffer) {
-  if (form == ProfileForm::Wide || allAscii(name)) {
-    buffer.assign(name);
-  } else {
+  if (form == ProfileForm::Ansi && !allAscii(name)) {
     buffer = throughAnsi(name, form);
+    name = buffer;
   }
-  std::size_t e = buffer.size();
-  while (e > 0 && isBlank(buffer[e - 1])) --e;
-  buffer.resize(e);
   std::size_t b = 0;
-  while (b < e && isBlank(buffer[b])) ++b;
-  buffer.erase(0, b);
-  for (char16_t& c : buffer) c = detail::upperFast(c);
+  std::size_t e = name.size();
+  while (b < e && isBlank(name[b])) ++b;
+  while (e > b && isBlank(name[e - 1])) --e;
+  // Written from the front, so that the converted name can be upper-cased where it lies.
+  buffer.resize(std::max(buffer.size(), e - b));
+  for (std::size_t i = b; i < e; ++i) buffer[i - b] = detail::upperFast(name[i]);
+  buffer.resize(e - b);
   return buffer;
 }
 

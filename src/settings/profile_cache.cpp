@@ -1,5 +1,6 @@
 #include "settings/profile_cache.hpp"
 
+#include <atomic>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -34,6 +35,38 @@ std::unordered_map<platform::NativePath, CacheEntry, platform::NativePath::Hash>
 }
 constexpr std::size_t kCacheLimit = 64;
 
+// Moves on whenever an entry is added, replaced or dropped (under the cache's lock).
+std::atomic<std::uint64_t> generation{0};
+
+// The last file this thread looked up, while the cache has not changed since: a program
+// reading many values from one file is answered without the lock or the map. The parse is
+// only pointed at, so that a parse the cache has let go is not kept alive here.
+struct LastLookup {
+  platform::NativePath path;
+  std::weak_ptr<const Document> document;
+  std::shared_ptr<const platform::FileWatch> watch;
+  std::uint64_t seenChanges = 0;
+  std::uint64_t generation = 0;
+};
+LastLookup& lastLookup() {
+  thread_local LastLookup last;
+  return last;
+}
+
+void noteLastLookup(const platform::NativePath& path, const CacheEntry& entry,
+                    std::uint64_t atGeneration) {
+  LastLookup& last = lastLookup();
+  if (entry.watch == nullptr) {
+    last.document.reset();
+    return;
+  }
+  if (last.path != path) last.path = path;
+  last.document = entry.document;
+  last.watch = entry.watch;
+  last.seenChanges = entry.seenChanges;
+  last.generation = atGeneration;
+}
+
 }  // namespace
 
 bool stillValid(const Document& document) {
@@ -49,6 +82,7 @@ std::shared_ptr<const Document> cachedDocument(const platform::NativePath& path)
 void forgetDocument(const platform::NativePath& path) {
   const std::lock_guard lock(cacheMutex());
   cache().erase(path);
+  generation.fetch_add(1, std::memory_order_acq_rel);
 }
 
 WatchedSince watchSettingsFile(const platform::NativePath& path) {
@@ -64,6 +98,7 @@ void rememberDocument(const platform::NativePath& path, const platform::FileVers
   if (cache().size() >= kCacheLimit && cache().count(path) == 0) cache().clear();
   cache()[path] = {version, std::move(document), readAtNs, std::move(watched.watch),
                    watched.seenChanges};
+  generation.fetch_add(1, std::memory_order_acq_rel);
 }
 
 // The parsed file, from the cache while nothing has changed it; null when it cannot be read.
@@ -71,6 +106,14 @@ void rememberDocument(const platform::NativePath& path, const platform::FileVers
 // any other costs a stat. Either way another process's change is seen by the next call.
 std::shared_ptr<const Document> loadDocument(const platform::NativePath& path, bool* exists) {
   platform::collectChanges();
+  if (LastLookup& last = lastLookup();
+      last.generation == generation.load(std::memory_order_acquire) && last.path == path &&
+      last.watch != nullptr && last.watch->changes() == last.seenChanges) {
+    if (auto document = last.document.lock(); document != nullptr && stillValid(*document)) {
+      if (exists != nullptr) *exists = true;
+      return document;
+    }
+  }
   std::shared_ptr<const Document> known;
   platform::FileVersion knownVersion{};
   std::int64_t knownReadAt = 0;
@@ -81,6 +124,7 @@ std::shared_ptr<const Document> loadDocument(const platform::NativePath& path, b
       const CacheEntry& entry = it->second;
       if (entry.watch != nullptr && entry.watch->changes() == entry.seenChanges) {
         if (exists != nullptr) *exists = true;
+        noteLastLookup(path, entry, generation.load(std::memory_order_acquire));
         return entry.document;
       }
       known = entry.document;
@@ -114,6 +158,7 @@ std::shared_ptr<const Document> loadDocument(const platform::NativePath& path, b
 void clearProfileCache() {
   const std::lock_guard lock(cacheMutex());
   cache().clear();
+  generation.fetch_add(1, std::memory_order_acq_rel);
 }
 
 }  // namespace orvo::settings::privateprofile

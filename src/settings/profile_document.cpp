@@ -392,20 +392,15 @@ bool Document::asciiName(const Line& l) const noexcept {
 
 std::uint64_t Document::nameHash(const Line& l) const {
   if (decoded()) {
-    std::uint64_t h = kHashSeed;
-    for (std::size_t i = l.nameBegin; i < l.nameEnd; ++i) h = hashStep(h, upperFast(units_[i]));
-    return h;
+    NameHasher h;
+    for (std::size_t i = l.nameBegin; i < l.nameEnd; ++i) h.add(upperFast(units_[i]));
+    return h.value();
   }
-  // Most names are ASCII and are hashed where they lie, upper-cased without a branch; a name
-  // with other bytes is converted first.
-  std::uint64_t h = kHashSeed;
-  unsigned seen = 0;
-  for (const std::uint8_t* p = bytes() + l.nameBegin; p != bytes() + l.nameEnd; ++p) {
-    const unsigned c = *p;
-    seen |= c;
-    h = hashStep(h, static_cast<char16_t>(c - (c - u'a' < 26U ? 32U : 0U)));
+  // Most names are ASCII and are hashed where they lie; a name with other bytes is converted
+  // first.
+  if (const auto ascii = hashAsciiBytes(bytes() + l.nameBegin, l.nameEnd - l.nameBegin)) {
+    return *ascii;
   }
-  if (seen < 0x80) return h;
   return hashUnits(upper(text(l.nameBegin, l.nameEnd)));
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include "support/test_support.hpp"
@@ -38,6 +39,31 @@ std::string bytesIn(const String& form, const String& text) {
     out += little ? std::string{lo, hi} : std::string{hi, lo};
   }
   return out;
+}
+
+// Names in the file's bytes are hashed four at a time, lookups unit by unit: every ASCII name
+// must hash the same both ways, whatever its length, and a byte beyond ASCII is left to the
+// slow way.
+TEST(ProfileDocument, NamesHashTheSameFromBytesAndFromText) {
+  using settings::privateprofile::detail::hashAsciiBytes;
+  using settings::privateprofile::detail::hashUnits;
+  std::string all;
+  for (int c = 1; c < 0x80; ++c) all.push_back(static_cast<char>(c));
+  for (std::size_t length = 0; length <= 11; ++length) {
+    for (std::size_t start = 0; start + length <= all.size(); ++start) {
+      const std::string name = all.substr(start, length);
+      const auto* bytes = reinterpret_cast<const std::uint8_t*>(name.data());
+      const auto fromBytes = hashAsciiBytes(bytes, name.size());
+      ASSERT_TRUE(fromBytes) << name;
+      EXPECT_EQ(*fromBytes, hashUnits(upper(String(name.begin(), name.end())))) << name;
+    }
+  }
+  EXPECT_NE(hashUnits(u"AB"), hashUnits(std::u16string_view(u"AB\0", 3)))
+      << "a trailing NUL unit is not padding";
+  for (const char* name : {"\x80", "abc\xE9", "abcdefgh\xFF"}) {
+    EXPECT_FALSE(hashAsciiBytes(reinterpret_cast<const std::uint8_t*>(name), std::strlen(name)))
+        << name;
+  }
 }
 
 TEST(ProfileDocument, MemoryFollowsTheFileNotItsLines) {

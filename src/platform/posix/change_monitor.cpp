@@ -108,13 +108,19 @@ class Monitor {
   }
 
   void collect() {
+    // Asking the readiness list costs half of what a read of the empty queue does, and a
+    // change is on that list by the time the system call that made it has returned. While
+    // nothing is on it no lock is taken; a child that forked asks its parent's list at most
+    // once more before it starts afresh below, and never reads from the queue.
+    if (!forked().load(std::memory_order_acquire)) {
+      const int readiness = readiness_.load(std::memory_order_acquire);
+      if (readiness < 0) return;
+      epoll_event ready{};
+      if (::epoll_wait(readiness, &ready, 1, 0) <= 0) return;
+    }
     const std::lock_guard lock(mutex_);
     afterFork();
     if (fd_ < 0) return;
-    // Asking the readiness list costs half of what a read of the empty queue does, and a
-    // change is on that list by the time the system call that made it has returned.
-    epoll_event ready{};
-    if (::epoll_wait(readiness_, &ready, 1, 0) <= 0) return;
     // Room for many events at once; one event with the longest name always fits.
     alignas(inotify_event) char buffer[16 * (sizeof(inotify_event) + NAME_MAX + 1)];
     for (;;) {
@@ -255,25 +261,31 @@ class Monitor {
 
   void open() {
     fd_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    readiness_ = fd_ < 0 ? -1 : ::epoll_create1(EPOLL_CLOEXEC);
+    const int readiness = fd_ < 0 ? -1 : ::epoll_create1(EPOLL_CLOEXEC);
     epoll_event interest{};
     interest.events = EPOLLIN;
-    if (readiness_ < 0 || ::epoll_ctl(readiness_, EPOLL_CTL_ADD, fd_, &interest) != 0) {
+    if (readiness < 0 || ::epoll_ctl(readiness, EPOLL_CTL_ADD, fd_, &interest) != 0) {
       // No instances left for this user: stamps for every file.
+      if (readiness >= 0) ::close(readiness);
       closeAll();
       failed_ = true;
+      return;
     }
+    readiness_.store(readiness, std::memory_order_release);
   }
 
   void closeAll() {
     if (fd_ >= 0) ::close(fd_);
-    if (readiness_ >= 0) ::close(readiness_);
+    const int readiness = readiness_.exchange(-1);
+    if (readiness >= 0) ::close(readiness);
     fd_ = -1;
-    readiness_ = -1;
   }
 
+  // In a child that forked. Until this is done, every thread of the child takes the lock
+  // (forked() is set before the child has a second thread), so the descriptors are closed
+  // while no one asks them.
   void afterFork() {
-    if (!forked().exchange(false)) return;
+    if (!forked().load(std::memory_order_acquire)) return;
     for (auto& [wd, w] : watched_) {
       for (auto& watch : w.file) watch->end();
     }
@@ -283,11 +295,12 @@ class Monitor {
     // Closing the child's descriptors leaves the parent's queue as it was.
     closeAll();
     failed_ = false;
+    forked().store(false, std::memory_order_release);
   }
 
   std::mutex mutex_;
   int fd_ = -1;
-  int readiness_ = -1;  // an epoll set holding fd_
+  std::atomic<int> readiness_{-1};  // an epoll set holding fd_
   bool failed_ = false;
   std::unordered_map<int, Watched> watched_;
   std::unordered_map<std::string, int> byPath_;
