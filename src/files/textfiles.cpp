@@ -10,6 +10,7 @@
 #include "frame/state.hpp"
 #include "frame/trace.hpp"
 #include "frame/traps.hpp"
+#include "platform/change_monitor.hpp"
 #include "platform/file.hpp"
 #include "platform/last_error.hpp"
 #include "platform/locale.hpp"
@@ -321,13 +322,17 @@ void WriteStringArrayToTextFile(const SafeArray& FileLines, const String& File) 
 namespace {
 
 // The file last written by PrintToExistingFile. Opening the file for every line, as the
-// original did, costs more than the line: one look at the name (a stat) tells whether the
-// file still exists, is the one held and may still be written, which is all an open told.
+// original did, costs more than the line. Held open, the file is watched for what an open
+// would have told: whether the name still leads to it and whether it may still be written.
+// While the watch is quiet a line costs one look at the process's change notifications and the
+// write; a file that cannot be watched is asked for its stamp (one stat) at every line.
 struct HeldFile {
   std::mutex mutex;
   String path;
   platform::FileId id{};
   platform::File file;
+  std::shared_ptr<const platform::FileWatch> watch;
+  std::uint64_t seenChanges = 0;
 };
 
 HeldFile& heldFile() {
@@ -346,47 +351,82 @@ bool PrintToExistingFile(const std::function<String()>& makeText, const String& 
                          std::int32_t CodePage, VBool PutByte, VBool AppendNewLine) {
   return frame::trap(u"PrintB", [&] {
     HeldFile& held = heldFile();
-    const auto version = platform::fileVersion(platform::NativePath(FilePath));
-    if (!version || version->readOnly) {
+    platform::collectChanges();
+    bool trusted = false;
+    {
       const std::lock_guard lock(held.mutex);
-      if (held.path == FilePath) held.file.close();
-      if (version) {
-        platform::setLastError(platform::kErrorAccessDenied);
-      } else {
-        // No regular file by that name: the open says why (missing, a folder, a FIFO) in the
-        // same words as every other open.
-        platform::File reason;
-        if (reason.openForAppend(FilePath, false)) platform::setLastError(0);
+      trusted = held.file.isOpen() && held.watch != nullptr && held.path == FilePath &&
+                held.watch->changes() == held.seenChanges;
+    }
+    std::optional<platform::FileId> id;
+    if (!trusted) {
+      const platform::NativePath path(FilePath);
+      // Watched before the look, so that a change after the look is counted.
+      auto watch = platform::watchFile(path, platform::WatchFor::NameAndAttributes);
+      const std::uint64_t seen = watch != nullptr ? watch->changes() : 0;
+      const auto version = platform::fileVersion(path);
+      if (!version || version->readOnly) {
+        const std::lock_guard lock(held.mutex);
+        if (held.path == FilePath) held.file.close();
+        if (version) {
+          platform::setLastError(platform::kErrorAccessDenied);
+        } else {
+          // No regular file by that name: the open says why (missing, a folder, a FIFO) in
+          // the same words as every other open.
+          platform::File reason;
+          if (reason.openForAppend(FilePath, false)) platform::setLastError(0);
+        }
+        return false;
       }
-      return false;
+      id = version->id;
+      const std::lock_guard lock(held.mutex);
+      if (held.path == FilePath) {
+        held.watch = std::move(watch);
+        held.seenChanges = seen;
+      }
     }
     // The bytes are made before the file is taken: finding the log's encoding traces, and the
     // trace is a line of this same log.
     const String sString = makeText();
-    std::string bytes;
-    if (!nonZero(PutByte)) {
-      encodeText(sString + u"\r\n", CP_ACP, bytes);
+    const bool byteMode = nonZero(PutByte);
+    enumFileEncoding encoding = encANSI;
+    std::string body;
+    if (!byteMode) {
+      encodeText(sString + u"\r\n", CP_ACP, body);
     } else {
-      if (version->size > kTwoGigabytes) {
-        frame::LibraryTrace(u"PrintB failed on OpenForAppendB, file '" + FilePath + u"'");
-        return true;
-      }
       const auto remembered = rememberedEncoding(FilePath);
-      const enumFileEncoding encoding =
-          remembered ? *remembered : TextFileEncoding(FilePath, kDefaultSampleBytes);
-      if (version->size == 0) bytes = bomBytes(encoding);
+      encoding = remembered ? *remembered : TextFileEncoding(FilePath, kDefaultSampleBytes);
       String text = sString;
       if (nonZero(AppendNewLine)) text += frame::StaticGlobals::instance().eol();
-      encodeText(text, CodePageCheck(CodePage, encoding), bytes);
+      encodeText(text, CodePageCheck(CodePage, encoding), body);
     }
-    const std::lock_guard lock(held.mutex);
-    if (!held.file.isOpen() || held.id != version->id || held.path != FilePath) {
-      held.file.close();
-      if (!held.file.openForAppend(FilePath, false)) return false;
-      held.path = FilePath;
-      held.id = version->id;
+    bool tooLarge = false;
+    {
+      const std::lock_guard lock(held.mutex);
+      if (!held.file.isOpen() || held.path != FilePath || (id && held.id != *id)) {
+        held.file.close();
+        held.watch.reset();
+        if (!held.file.openForAppend(FilePath, false)) return false;
+        held.path = FilePath;
+        if (id) {
+          held.id = *id;
+        } else if (const auto now = platform::fileId(FilePath)) {
+          held.id = *now;
+        }
+        // The next line watches the file now held.
+      }
+      std::string bytes;
+      if (byteMode) {
+        // Only the size of the held file is asked: asking for its times would make the system
+        // stamp the next write with a fine-grained time, an inode update at every line.
+        const std::int64_t size = held.file.size().value_or(0);
+        tooLarge = size > kTwoGigabytes;
+        if (size == 0) bytes = bomBytes(encoding);
+      }
+      bytes += body;
+      if (!tooLarge && !writeBytes(held.file, bytes)) runtime::raise(runtime::errPathFileAccess);
     }
-    if (!writeBytes(held.file, bytes)) runtime::raise(runtime::errPathFileAccess);
+    if (tooLarge) frame::LibraryTrace(u"PrintB failed on OpenForAppendB, file '" + FilePath + u"'");
     return true;
   });
 }

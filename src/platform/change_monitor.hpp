@@ -40,9 +40,15 @@ class FileWatch {
   std::atomic<bool> live_{true};
 };
 
+// What a watch counts: every change of the file, or only those of its name (the name removed,
+// or given to another file) and of its attributes, which is what a writer that holds the file
+// open needs to know and which its own writes do not touch.
+enum class WatchFor { Content, NameAndAttributes };
+
 // Starts watching the file a path names, or joins the watch already on it; null when it cannot
 // be watched exactly. Changes made after this returns are counted.
-std::shared_ptr<const FileWatch> watchFile(const NativePath& path);
+std::shared_ptr<const FileWatch> watchFile(const NativePath& path,
+                                           WatchFor what = WatchFor::Content);
 
 // Takes in the changes that have happened since the last call. Call it before trusting any
 // watch's count: a change that another process finished before this call is counted by it.

@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <map>
 #include <regex>
 #include <sstream>
@@ -15,6 +17,7 @@
 #include "frame/state.hpp"
 #include "frame/trace.hpp"
 #include "orvogeneric/classes.hpp"
+#include "platform/last_error.hpp"
 #include "support/test_support.hpp"
 
 namespace orvo::files {
@@ -131,6 +134,63 @@ TEST_F(Log, DebuggerMirrorNameField) {
   subs.AddToLog(u"still written");
   EXPECT_TRUE(debugLines_.empty());
   EXPECT_EQ(unstamped(read("Model.log")).front(), "<stamp>still written\r");
+}
+
+// The log is held open between lines, yet each line goes where an open of the log's name would
+// have taken it, whatever another process did to the file since the last line.
+TEST_F(Log, WhatAnotherProcessDidToTheLogDecidesTheNextLine) {
+  namespace fs = std::filesystem;
+  struct Case {
+    const char* change;
+    std::function<void(const fs::path&)> make;
+    const char* logAfter;  // the log's lines after "second"; <none>: there is no log
+    const char* aside;     // what the file moved aside holds, if any
+    std::uint32_t error;   // the thread's last error after "second"
+  };
+  const Case cases[] = {
+      {"nothing", [](const fs::path&) {}, "first|second", "", 0},
+      {"removed", [](const fs::path& f) { fs::remove(f); }, "<none>", "", 2},
+      {"renamed away", [](const fs::path& f) { fs::rename(f, f.string() + ".old"); }, "<none>",
+       "first", 2},
+      {"replaced by a new file",
+       [](const fs::path& f) {
+         fs::rename(f, f.string() + ".old");
+         std::ofstream(f, std::ios::binary) << "";
+       },
+       "second", "first", 0},
+      // The read-only attribute refuses the line whoever the user is, as the platform's does.
+      {"made read-only", [](const fs::path& f) { fs::permissions(f, fs::perms(0444)); }, "first",
+       "", 5},
+      {"emptied", [](const fs::path& f) { fs::resize_file(f, 0); }, "second", "", 0},
+  };
+  FileSubs subs;
+  const fs::path log = dir_ / "Model.log";
+  for (const Case& c : cases) {
+    fs::remove(fs::path(log.string() + ".old"));
+    if (fs::exists(log)) fs::permissions(log, fs::perms(0644));
+    fs::remove(log);
+    write("Model.log", "");
+    subs.AddToLog(u"first");
+    ASSERT_TRUE(test::runInProcesses(1, [&](int) {
+      c.make(log);
+      return true;
+    })) << c.change;
+    subs.AddToLog(u"second");
+    EXPECT_EQ(platform::lastError(), c.error) << c.change;
+    std::string lines;
+    if (fs::exists(log)) {
+      for (const auto& l : unstamped(read("Model.log"))) {
+        lines += (lines.empty() ? "" : "|") + l.substr(7, l.size() - 8);
+      }
+    } else {
+      lines = "<none>";
+    }
+    EXPECT_EQ(lines, c.logAfter) << c.change;
+    const std::string aside = fs::exists(log.string() + ".old") ? read("Model.log.old") : "";
+    EXPECT_EQ(unstamped(aside).empty() ? "" : unstamped(aside).front().substr(7, 5),
+              std::string(c.aside))
+        << c.change;
+  }
 }
 
 // Several processes appending to one log: every line arrives whole.

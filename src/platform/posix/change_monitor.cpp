@@ -46,7 +46,8 @@ constexpr std::uint32_t kDirectoryEvents = IN_MOVED_FROM | IN_MOVED_TO | IN_CREA
                                            IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR |
                                            IN_EXCL_UNLINK;
 constexpr std::uint32_t kFileEvents =
-    IN_MODIFY | IN_ATTRIB | IN_CLOSE_WRITE | IN_DELETE_SELF | IN_MOVE_SELF | IN_DONT_FOLLOW;
+    IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_DONT_FOLLOW | IN_MASK_ADD;
+constexpr std::uint32_t kContentEvents = IN_MODIFY | IN_CLOSE_WRITE;
 
 // Below this many watched names no sweep for unused ones is made.
 constexpr std::size_t kSweepAbove = 128;
@@ -56,6 +57,7 @@ struct Named {
   int fileWd = -1;
   dev_t device = 0;  // the file the name led to when its watch was placed
   ino_t inode = 0;
+  bool content = false;  // whether writes to the file are counted too
 };
 
 // What one watch descriptor stands for: a directory and the names watched in it, or a file
@@ -68,7 +70,8 @@ struct Watched {
 
 class Monitor {
  public:
-  std::shared_ptr<const FileWatch> watch(const std::string& path) {
+  std::shared_ptr<const FileWatch> watch(const std::string& path, WatchFor what) {
+    const bool content = what == WatchFor::Content;
     const std::lock_guard lock(mutex_);
     afterFork();
     const auto slash = path.rfind('/');
@@ -82,7 +85,8 @@ class Monitor {
     if (directoryWd < 0) return nullptr;
     Named& named = watched_[directoryWd].names[name];
     const bool known = named.watch != nullptr;
-    if (known && named.watch->live() && named.device == st.st_dev && named.inode == st.st_ino) {
+    if (known && named.watch->live() && named.device == st.st_dev && named.inode == st.st_ino &&
+        (named.content || !content)) {
       return named.watch;
     }
     // The name leads to another file than the one watched (it was replaced, and the old file
@@ -92,7 +96,10 @@ class Monitor {
     if (!known || !named.watch->live()) named.watch = std::make_shared<FileWatch>();
     // The directory's watch is in place first: a file put under the name after this is seen
     // there, whichever file the watch below lands on.
-    named.fileWd = ::inotify_add_watch(fd_, path.c_str(), kFileEvents);
+    // Masks add up: a name watched both ways counts every change for both.
+    named.content = named.content || content;
+    named.fileWd =
+        ::inotify_add_watch(fd_, path.c_str(), kFileEvents | (named.content ? kContentEvents : 0));
     if (named.fileWd < 0) {
       watched_[directoryWd].names.erase(name);
       if (known) --names_;
@@ -311,8 +318,8 @@ class Monitor {
 
 }  // namespace
 
-std::shared_ptr<const FileWatch> watchFile(const NativePath& path) {
-  return Monitor::instance().watch(path.native());
+std::shared_ptr<const FileWatch> watchFile(const NativePath& path, WatchFor what) {
+  return Monitor::instance().watch(path.native(), what);
 }
 
 void collectChanges() { Monitor::instance().collect(); }

@@ -135,6 +135,22 @@ TEST_F(ChangeMonitor, AReplacedFileIsWatchedAgain) {
   ::close(held);
 }
 
+// A writer that holds its file open watches only the name and the attributes: its own writes
+// (or anyone's) leave the count alone, a rename, removal or change of mode move it on; a
+// second watcher that wants the content too gets every change, and so does the first.
+TEST_F(ChangeMonitor, ANameWatchIgnoresWritesUntilTheContentIsWatchedToo) {
+  write("app.log", "");
+  const auto name = watchFile(native("app.log"), WatchFor::NameAndAttributes);
+  ASSERT_NE(name, nullptr);
+  EXPECT_FALSE(seenAfter(*name, [&] { writeAt(dir_ / "app.log", "line\n", O_APPEND); }));
+  EXPECT_TRUE(seenAfter(*name, [&] { ::chmod((dir_ / "app.log").c_str(), 0444); }));
+  const auto content = watchFile(native("app.log"), WatchFor::Content);
+  ASSERT_NE(content, nullptr);
+  EXPECT_TRUE(seenAfter(*content, [&] { ::truncate((dir_ / "app.log").c_str(), 0); }));
+  EXPECT_TRUE(seenAfter(*name, [&] { writeAt(dir_ / "app.log", "x", O_WRONLY); }));
+  EXPECT_TRUE(seenAfter(*name, [&] { fs::rename(dir_ / "app.log", dir_ / "old.log"); }));
+}
+
 TEST_F(ChangeMonitor, OnlyWhatCanBeWatchedExactlyGetsAWatch) {
   write("plain.ini", "[S]\n");
   fs::create_directory(dir_ / "sub");
