@@ -359,11 +359,13 @@ bool PrintToExistingFile(const std::function<String()>& makeText, const String& 
                 held.watch->changes() == held.seenChanges;
     }
     std::optional<platform::FileId> id;
+    std::shared_ptr<const platform::FileWatch> watch;
+    std::uint64_t seen = 0;
     if (!trusted) {
       const platform::NativePath path(FilePath);
       // Watched before the look, so that a change after the look is counted.
-      auto watch = platform::watchFile(path, platform::WatchFor::NameAndAttributes);
-      const std::uint64_t seen = watch != nullptr ? watch->changes() : 0;
+      watch = platform::watchFile(path, platform::WatchFor::NameAndAttributes);
+      seen = watch != nullptr ? watch->changes() : 0;
       const auto version = platform::fileVersion(path);
       if (!version || version->readOnly) {
         const std::lock_guard lock(held.mutex);
@@ -379,11 +381,6 @@ bool PrintToExistingFile(const std::function<String()>& makeText, const String& 
         return false;
       }
       id = version->id;
-      const std::lock_guard lock(held.mutex);
-      if (held.path == FilePath) {
-        held.watch = std::move(watch);
-        held.seenChanges = seen;
-      }
     }
     // The bytes are made before the file is taken: finding the log's encoding traces, and the
     // trace is a line of this same log.
@@ -413,7 +410,11 @@ bool PrintToExistingFile(const std::function<String()>& makeText, const String& 
         } else if (const auto now = platform::fileId(FilePath)) {
           held.id = *now;
         }
-        // The next line watches the file now held.
+      }
+      // A watch taken before this call's look at the name stands for the file held now.
+      if (!trusted) {
+        held.watch = std::move(watch);
+        held.seenChanges = seen;
       }
       std::string bytes;
       if (byteMode) {

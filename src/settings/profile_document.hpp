@@ -116,8 +116,8 @@ class Document {
   [[nodiscard]] std::size_t lineCount() const noexcept;
   void insertKey(const Line& line, std::size_t section);
   void insertSectionName(std::size_t number);
-  // The file, its text and the index together stay within four times the file (plus a little,
-  // so that small files are always indexed).
+  // The file, its text and the index together stay within four times the file, or 64 KiB for
+  // a small file, so that small files are always indexed.
   [[nodiscard]] std::size_t heldText() const noexcept;
   [[nodiscard]] std::size_t memoryBound() const noexcept;
   [[nodiscard]] bool withinMemoryBound() const noexcept;

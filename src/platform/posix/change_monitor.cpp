@@ -247,6 +247,7 @@ class Monitor {
   // Forgets names no caller holds any longer, and directories left without names.
   void sweep() {
     std::vector<int> emptyDirectories;
+    std::vector<Named> unused;
     for (auto& [wd, w] : watched_) {
       if (w.directory.empty()) continue;
       for (auto n = w.names.begin(); n != w.names.end();) {
@@ -254,14 +255,13 @@ class Monitor {
           ++n;
           continue;
         }
-        unused_.push_back(n->second);
+        unused.push_back(n->second);
         n = w.names.erase(n);
         --names_;
       }
       if (w.names.empty()) emptyDirectories.push_back(wd);
     }
-    for (const Named& named : unused_) dropFileWatch(named);
-    unused_.clear();
+    for (const Named& named : unused) dropFileWatch(named);
     for (const int wd : emptyDirectories) forget(wd, true);
     sweepAt_ = std::max(kSweepAbove, 2 * names_);
   }
@@ -311,7 +311,6 @@ class Monitor {
   bool failed_ = false;
   std::unordered_map<int, Watched> watched_;
   std::unordered_map<std::string, int> byPath_;
-  std::vector<Named> unused_;
   std::size_t names_ = 0;
   std::size_t sweepAt_ = kSweepAbove;
 };
