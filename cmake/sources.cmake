@@ -30,6 +30,7 @@ set(ORVO_SOURCES_FRAME
     src/frame/event_loop.cpp
     src/frame/library_info.cpp
     src/frame/parent_app.cpp
+    src/frame/packed_strings.cpp
     src/frame/safe_array.cpp
     src/frame/state.cpp
     src/frame/trace.cpp

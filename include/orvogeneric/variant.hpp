@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "orvogeneric/export.hpp"
+#include "orvogeneric/packed_strings.hpp"
 #include "orvogeneric/types.hpp"
 
 namespace orvo {
@@ -48,19 +49,32 @@ class ORVO_API Object {
 
 class Variant;
 
+// How a typed array keeps its elements: a vector of them, except Strings, which share one block.
+template <class T>
+struct ElementStore {
+  using type = std::vector<T>;
+};
+template <>
+struct ElementStore<String> {
+  using type = PackedStrings;
+};
+template <class T>
+using ElementStoreOf = typename ElementStore<T>::type;
+
 // A one-dimensional array with a lower bound, as the applications' arrays are. "Never
 // dimensioned" (a dynamic array before its first ReDim) is distinct from "no elements"
 // (bounds 0 to -1): asking the former for a bound is error 9.
 //
 // Elements are stored by their type, contiguously: a Byte array of a 200 MB file is 200 MB,
-// and the converters and file readers work on it as a span. Only a Variant array holds
+// and the converters and file readers work on it as a span; the lines of a 200 MB file are its
+// text and 12 bytes a line (PackedStrings). Only a Variant array holds
 // variants. Copies share the elements until one of them is changed, so passing an array
 // around (by value, into a variant, back as a result) costs nothing until it is written.
 class ORVO_API SafeArray {
  public:
   // One alternative per storage kind, in the order of storageIndex().
   using Storage =
-      std::variant<std::vector<Variant>, std::vector<String>, std::vector<std::uint8_t>,
+      std::variant<std::vector<Variant>, PackedStrings, std::vector<std::uint8_t>,
                    std::vector<std::int16_t>, std::vector<std::int32_t>, std::vector<float>,
                    std::vector<double>, std::vector<Currency>, std::vector<Date>,
                    std::vector<VBool>, std::vector<std::shared_ptr<Object>>>;
@@ -70,7 +84,8 @@ class ORVO_API SafeArray {
   SafeArray(VarType elementType, std::int32_t lowerBound, std::vector<Variant> items);
   // Typed arrays from their elements: Byte from uint8_t, String from String, and so on.
   SafeArray(std::int32_t lowerBound, std::vector<std::uint8_t> items);
-  SafeArray(std::int32_t lowerBound, std::vector<String> items);
+  SafeArray(std::int32_t lowerBound, const std::vector<String>& items);
+  SafeArray(std::int32_t lowerBound, PackedStrings items);
   SafeArray(std::int32_t lowerBound, std::vector<std::int16_t> items);
   SafeArray(std::int32_t lowerBound, std::vector<std::int32_t> items);
   SafeArray(std::int32_t lowerBound, std::vector<double> items);
@@ -95,23 +110,25 @@ class ORVO_API SafeArray {
   [[nodiscard]] Variant& at(std::int32_t index);
   [[nodiscard]] const Variant& at(std::int32_t index) const;
 
-  // The elements of a typed array; nullptr when the array holds another type. The mutable form
-  // first separates this array from copies that share its elements.
+  // The elements of a typed array (a vector, or PackedStrings for String); nullptr when the
+  // array holds another type. The mutable form first separates this array from copies that
+  // share its elements.
   template <class T>
-  [[nodiscard]] const std::vector<T>* elements() const noexcept;
+  [[nodiscard]] const ElementStoreOf<T>* elements() const noexcept;
   template <class T>
-  [[nodiscard]] std::vector<T>* elements();
+  [[nodiscard]] ElementStoreOf<T>* elements();
   // The bytes of a Byte array; Type mismatch (13) for any other array.
   [[nodiscard]] std::span<const std::uint8_t> bytes() const;
   [[nodiscard]] std::span<std::uint8_t> bytes();
-  // Calls f with the element vector (const std::vector<T>&) whatever its type.
+  // Calls f with the element store (const ElementStoreOf<T>&) whatever its type.
   template <class F>
   decltype(auto) visit(F&& f) const;
   // Whether both share one element store (a copy not written to since): equal without looking.
   [[nodiscard]] bool sharesElementsWith(const SafeArray& other) const noexcept {
     return data_ != nullptr && data_ == other.data_;
   }
-  // Bytes held for the elements (capacity, not counting what strings and variants point to).
+  // Bytes held for the elements at their capacity (a String array's text included; not what
+  // variants and objects point to).
   [[nodiscard]] std::size_t elementBytes() const noexcept;
 
   // ReDim (without Preserve): every element becomes the empty value of the element type.
@@ -212,14 +229,14 @@ inline std::size_t SafeArray::size() const noexcept {
 }
 
 template <class T>
-const std::vector<T>* SafeArray::elements() const noexcept {
-  return data_ ? std::get_if<std::vector<T>>(data_.get()) : nullptr;
+const ElementStoreOf<T>* SafeArray::elements() const noexcept {
+  return data_ ? std::get_if<ElementStoreOf<T>>(data_.get()) : nullptr;
 }
 
 template <class T>
-std::vector<T>* SafeArray::elements() {
-  if (!data_ || !std::holds_alternative<std::vector<T>>(*data_)) return nullptr;
-  return std::get_if<std::vector<T>>(&mutableStorage());
+ElementStoreOf<T>* SafeArray::elements() {
+  if (!data_ || !std::holds_alternative<ElementStoreOf<T>>(*data_)) return nullptr;
+  return std::get_if<ElementStoreOf<T>>(&mutableStorage());
 }
 
 template <class F>

@@ -151,7 +151,7 @@ void ReadTextFileToArrayB(const String& FileName, SafeArray& FileLines,
     }
     const std::int64_t wanted = static_cast<std::int64_t>(end) - start + 1;
     if (wanted < 1) return;
-    std::vector<String> lines;
+    PackedStrings lines;
     // The range asked for may run far past the file's end: no more than a million up front.
     lines.reserve(static_cast<std::size_t>(std::min<std::int64_t>(wanted, 1 << 20)));
     HugeTextFile reader;
@@ -171,6 +171,7 @@ void ReadTextFileToArrayB(const String& FileName, SafeArray& FileLines,
     if (NumLinesReturned != nullptr) *NumLinesReturned = static_cast<std::int32_t>(lines.size());
     if (EndLine != nullptr) *EndLine = static_cast<std::int32_t>(reached);
     if (CodePage != nullptr) *CodePage = codePage;
+    lines.shrink_to_fit();
     FileLines = SafeArray(0, std::move(lines));
   });
 }
@@ -200,7 +201,7 @@ void TextToLines(String& text, SafeArray& Lines, std::int32_t* NumLines, VBool I
     std::vector<String> lines;
     if (!text.empty()) lines = runtime::Split(text, u"\n");
     if (NumLines != nullptr) *NumLines = static_cast<std::int32_t>(lines.size());
-    Lines = SafeArray(0, std::move(lines));
+    Lines = SafeArray(0, lines);
   });
 }
 

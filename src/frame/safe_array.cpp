@@ -104,11 +104,19 @@ SafeArray::SafeArray(VarType elementType, std::int32_t lowerBound, std::vector<V
     data_ = std::make_shared<Storage>(std::move(items));                           \
   }
 ORVO_TYPED_ARRAY(Byte, std::uint8_t)
-ORVO_TYPED_ARRAY(String, String)
 ORVO_TYPED_ARRAY(Integer, std::int16_t)
 ORVO_TYPED_ARRAY(Long, std::int32_t)
 ORVO_TYPED_ARRAY(Double, double)
 #undef ORVO_TYPED_ARRAY
+
+SafeArray::SafeArray(std::int32_t lowerBound, PackedStrings items)
+    : elementType_(VarType::String), dimensioned_(true), lowerBound_(lowerBound) {
+  checkBounds(items.size());
+  data_ = std::make_shared<Storage>(std::move(items));
+}
+
+SafeArray::SafeArray(std::int32_t lowerBound, const std::vector<String>& items)
+    : SafeArray(lowerBound, PackedStrings(items)) {}
 
 SafeArray::SafeArray(const SafeArray&) = default;
 SafeArray& SafeArray::operator=(const SafeArray&) = default;
@@ -177,7 +185,11 @@ void SafeArray::set(std::int32_t index, Variant value) {
       [&](auto& v) {
         using T = typename std::decay_t<decltype(v)>::value_type;
         T element = coerceElement<T>(std::move(value));  // may raise: the element stays as it was
-        v[i] = std::move(element);
+        if constexpr (std::is_same_v<T, String>) {
+          v.set(i, element);
+        } else {
+          v[i] = std::move(element);
+        }
       },
       mutableStorage());
 }
@@ -209,7 +221,13 @@ std::span<std::uint8_t> SafeArray::bytes() {
 }
 
 std::size_t SafeArray::elementBytes() const noexcept {
-  return visit([](const auto& v) { return v.capacity() * sizeof(v[0]); });
+  return visit([](const auto& v) {
+    if constexpr (std::is_same_v<std::decay_t<decltype(v)>, PackedStrings>) {
+      return v.capacityBytes();
+    } else {
+      return v.capacity() * sizeof(v[0]);
+    }
+  });
 }
 
 void SafeArray::redim(std::int32_t lowerBound, std::int32_t upperBound) {

@@ -54,8 +54,8 @@ String ReplaceMultipleSpaces(const String& text) {
 
 Variant SplitOnSpaces(const String& text, std::int32_t* NumWords, VBool TrimFirst) {
   const std::u16string_view s = nonZero(TrimFirst) ? runtime::trimView(text) : text;
-  std::vector<String> words;
-  if (!s.empty()) forEachSpaceSeparated(s, [&](std::u16string_view w) { words.emplace_back(w); });
+  PackedStrings words;
+  if (!s.empty()) forEachSpaceSeparated(s, [&](std::u16string_view w) { words.push_back(w); });
   if (NumWords != nullptr) *NumWords = static_cast<std::int32_t>(words.size());
   return Variant(SafeArray(0, std::move(words)));
 }

@@ -34,7 +34,7 @@ TEST_F(StringsTest, CountingSpacingAndSplitting) {
     const SafeArray& a = *v.array();
     EXPECT_TRUE(a.dimensioned() && a.lowerBound() == 0 && a.elementType() == VarType::String);
     ASSERT_NE(a.elements<String>(), nullptr) << "words are held as strings, not variants";
-    const std::vector<String> got = *a.elements<String>();
+    const std::vector<String> got = a.elements<String>()->toVector();
     EXPECT_EQ(std::pair(got, numWords), std::pair(words, std::int32_t(words.size()))) << show(text);
   }
   EXPECT_EQ(SplitOnSpaces(u" x ").array()->upperBound(), 0);
