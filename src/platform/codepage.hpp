@@ -60,6 +60,10 @@ class Converter {
   bool available_;
 };
 
+// For tests: UTF-8 encoding with a given vector unit ("avx512", "ssse3", "portable"); false
+// when the processor lacks it.
+bool encodeUtf8With(const char* unit, std::u16string_view text, std::string& out);
+
 namespace detail {
 // ICU's converters, for the pages without recorded tables; nullopt where ICU has no table.
 bool icuHasConverter(std::uint32_t codePage);

@@ -8,7 +8,8 @@ namespace orvo::platform {
 struct CpuFeatures {
   bool ssse3 = false;
   bool avx2 = false;
-  bool avx512bw = false;  // AVX-512 foundation and byte/word instructions
+  bool avx512bw = false;     // AVX-512 foundation and byte/word instructions
+  bool avx512vbmi2 = false;  // and byte compression (with the above)
 };
 
 const CpuFeatures& cpuFeatures() noexcept;

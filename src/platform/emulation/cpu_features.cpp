@@ -27,6 +27,7 @@ __attribute__((target("xsave"))) CpuFeatures detect() noexcept {
   if (__get_cpuid_count(7, 0, &a, &b, &c, &d) == 0) return f;
   f.avx2 = avxState && (b & bit_AVX2) != 0;
   f.avx512bw = avx512State && (b & bit_AVX512F) != 0 && (b & bit_AVX512BW) != 0;
+  f.avx512vbmi2 = f.avx512bw && (c & bit_AVX512VBMI2) != 0;
   return f;
 }
 #else

@@ -300,9 +300,11 @@ std::size_t encodeUtf8Portable(const char16_t* in, std::size_t n, std::uint8_t* 
 
 #if defined(ORVO_UTF8_SHUFFLE)
 // For eight units below 0x800, each one byte (ASCII) or two: the byte shuffle that keeps, for
-// lane j, its low byte and, when bit j of the index is set, its high byte too.
+// lane j, its low byte and, when bit j of the index is set, its high byte too; and how many
+// bytes that makes.
 struct Utf8Shuffles {
   std::uint8_t bytes[256][16];
+  std::uint8_t length[256];
 };
 constexpr Utf8Shuffles makeUtf8Shuffles() {
   Utf8Shuffles t{};
@@ -312,23 +314,79 @@ constexpr Utf8Shuffles makeUtf8Shuffles() {
       t.bytes[mask][k++] = static_cast<std::uint8_t>(2 * j);
       if ((mask >> j & 1U) != 0) t.bytes[mask][k++] = static_cast<std::uint8_t>(2 * j + 1);
     }
+    t.length[mask] = static_cast<std::uint8_t>(k);
     while (k < 16) t.bytes[mask][k++] = 0x80;  // zero: past the end of the written bytes
   }
   return t;
 }
 alignas(16) constexpr Utf8Shuffles kUtf8Shuffles = makeUtf8Shuffles();
 
+// For four characters of the basic plane in 32-bit lanes, each written as its one, two or three
+// bytes at the lane's start: the shuffle that squeezes them together. Bit j of the index's low
+// half says lane j has more than one byte, bit j of its high half that it has three.
+constexpr Utf8Shuffles makeUtf8WideShuffles() {
+  Utf8Shuffles t{};
+  for (unsigned index = 0; index < 256; ++index) {
+    unsigned k = 0;
+    for (unsigned j = 0; j < 4; ++j) {
+      const unsigned bytes = 1 + (index >> j & 1U) + (index >> (j + 4) & 1U);
+      for (unsigned b = 0; b < bytes; ++b)
+        t.bytes[index][k++] = static_cast<std::uint8_t>(4 * j + b);
+    }
+    t.length[index] = static_cast<std::uint8_t>(k);
+    while (k < 16) t.bytes[index][k++] = 0x80;
+  }
+  return t;
+}
+alignas(16) constexpr Utf8Shuffles kUtf8WideShuffles = makeUtf8WideShuffles();
+
+// Four characters below 0x10000 and outside the surrogates, in 32-bit lanes, to out; the bytes
+// written. Sixteen bytes are stored for at most twelve written.
+__attribute__((target("ssse3"))) inline std::size_t encodeUtf8Wide4(__m128i c, std::uint8_t* out) {
+  const __m128i low6 = _mm_or_si128(_mm_and_si128(c, _mm_set1_epi32(0x3F)), _mm_set1_epi32(0x80));
+  const __m128i mid6 =
+      _mm_or_si128(_mm_and_si128(_mm_srli_epi32(c, 6), _mm_set1_epi32(0x3F)), _mm_set1_epi32(0x80));
+  const __m128i three =
+      _mm_or_si128(_mm_or_si128(_mm_srli_epi32(c, 12), _mm_set1_epi32(0xE0)),
+                   _mm_or_si128(_mm_slli_epi32(mid6, 8), _mm_slli_epi32(low6, 16)));
+  const __m128i two = _mm_or_si128(_mm_or_si128(_mm_srli_epi32(c, 6), _mm_set1_epi32(0xC0)),
+                                   _mm_slli_epi32(low6, 8));
+  const __m128i isOne = _mm_cmplt_epi32(c, _mm_set1_epi32(0x80));
+  const __m128i isThree = _mm_cmpgt_epi32(c, _mm_set1_epi32(0x7FF));
+  const __m128i lanes =
+      _mm_or_si128(_mm_or_si128(_mm_and_si128(isOne, c), _mm_and_si128(isThree, three)),
+                   _mm_andnot_si128(_mm_or_si128(isOne, isThree), two));
+  const auto index = static_cast<unsigned>(
+      _mm_movemask_ps(_mm_castsi128_ps(_mm_xor_si128(isOne, _mm_set1_epi32(-1)))) |
+      _mm_movemask_ps(_mm_castsi128_ps(isThree)) << 4);
+  const __m128i shuffle =
+      _mm_load_si128(reinterpret_cast<const __m128i*>(kUtf8WideShuffles.bytes[index]));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_shuffle_epi8(lanes, shuffle));
+  return kUtf8WideShuffles.length[index];
+}
+
 // Text with an accent every few words never has a long ASCII run, so eight units are encoded at
-// once whenever none needs three bytes: ASCII lanes as one byte, the others as their two-byte
-// form, squeezed together by one byte shuffle (SSSE3, chosen at run time).
+// once unless a surrogate is among them: ASCII lanes as one byte, the others as their two-byte
+// form, squeezed together by one byte shuffle; with a character of three bytes among them, four
+// at a time in 32-bit lanes (SSSE3, chosen at run time).
 __attribute__((target("ssse3"))) std::size_t encodeUtf8Shuffle(const char16_t* in, std::size_t n,
                                                                std::uint8_t* out) {
   std::uint8_t* const start = out;
   std::size_t i = 0;
-  while (i + 8 <= n) {
+  // The output holds three bytes a unit. With sixteen units left, every store below (at most
+  // sixteen bytes, each for units that take at least a third of them) stays inside it.
+  while (i + 16 <= n) {
     const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
-    const __m128i ascii = _mm_cmpeq_epi16(
-        _mm_and_si128(v, _mm_set1_epi16(static_cast<short>(0xFF80))), _mm_setzero_si128());
+    const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i + 8));
+    const __m128i highBits = _mm_set1_epi16(static_cast<short>(0xFF80));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(_mm_or_si128(v, w), highBits),
+                                          _mm_setzero_si128())) == 0xFFFF) {
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(v, w));
+      out += 16;
+      i += 16;
+      continue;
+    }
+    const __m128i ascii = _mm_cmpeq_epi16(_mm_and_si128(v, highBits), _mm_setzero_si128());
     if (_mm_movemask_epi8(ascii) == 0xFFFF) {
       _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(v, v));
       out += 8;
@@ -338,9 +396,17 @@ __attribute__((target("ssse3"))) std::size_t encodeUtf8Shuffle(const char16_t* i
     const __m128i twoByte = _mm_cmpeq_epi16(
         _mm_and_si128(v, _mm_set1_epi16(static_cast<short>(0xF800))), _mm_setzero_si128());
     if (_mm_movemask_epi8(twoByte) != 0xFFFF) {
-      // A character of three or four bytes, or a surrogate: these eight go one by one (a pair
-      // may take the ninth unit with it).
-      for (const std::size_t end = i + 8; i < end; ++i) out = encodeUtf8Unit(in, i, n, out);
+      const __m128i surrogate =
+          _mm_cmpeq_epi16(_mm_and_si128(v, _mm_set1_epi16(static_cast<short>(0xF800))),
+                          _mm_set1_epi16(static_cast<short>(0xD800)));
+      if (_mm_movemask_epi8(surrogate) != 0) {
+        // A surrogate: these eight go one by one (a pair may take the ninth unit with it).
+        for (const std::size_t end = i + 8; i < end; ++i) out = encodeUtf8Unit(in, i, n, out);
+        continue;
+      }
+      out += encodeUtf8Wide4(_mm_unpacklo_epi16(v, _mm_setzero_si128()), out);
+      out += encodeUtf8Wide4(_mm_unpackhi_epi16(v, _mm_setzero_si128()), out);
+      i += 8;
       continue;
     }
     const __m128i lead = _mm_or_si128(_mm_srli_epi16(v, 6), _mm_set1_epi16(0x00C0));
@@ -354,11 +420,58 @@ __attribute__((target("ssse3"))) std::size_t encodeUtf8Shuffle(const char16_t* i
                               0xFF);
     const __m128i shuffle =
         _mm_load_si128(reinterpret_cast<const __m128i*>(kUtf8Shuffles.bytes[twoMask]));
-    // Sixteen bytes are stored for at most sixteen written: the output holds three bytes per
-    // unit, and at least eight units remain.
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_shuffle_epi8(lanes, shuffle));
-    out += 8 + static_cast<std::size_t>(std::popcount(twoMask));
+    out += kUtf8Shuffles.length[twoMask];
     i += 8;
+  }
+  for (; i < n; ++i) out = encodeUtf8Unit(in, i, n, out);
+  return static_cast<std::size_t>(out - start);
+}
+#endif
+
+#if defined(ORVO_UTF8_SHUFFLE)
+// Sixteen characters a step without a branch on what they are: each widened to a 32-bit lane
+// that holds its one, two or three bytes, and the bytes that count squeezed out of the 64 by
+// one compression (AVX-512 VBMI2). Only a surrogate among them sends the sixteen one by one.
+// The compression writes to a register and the register is stored: compressing straight to
+// memory is many times slower on some processors that have it.
+__attribute__((target("avx512f,avx512bw,avx512vbmi2,popcnt"))) std::size_t encodeUtf8Compress(
+    const char16_t* in, std::size_t n, std::uint8_t* out) {
+  std::uint8_t* const start = out;
+  std::size_t i = 0;
+  const __m512i sixBits = _mm512_set1_epi32(0x3F);
+  const __m512i trailMark = _mm512_set1_epi32(0x80);
+  // The output holds three bytes a unit: with 32 units left, a 64-byte store stays inside it.
+  while (i + 32 <= n) {
+    const __m256i units = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i));
+    const __m512i c = _mm512_cvtepu16_epi32(units);
+    const __mmask16 surrogate = _mm512_cmpeq_epi32_mask(
+        _mm512_and_si512(c, _mm512_set1_epi32(0xF800)), _mm512_set1_epi32(0xD800));
+    if (surrogate != 0) {
+      for (const std::size_t end = i + 16; i < end; ++i) out = encodeUtf8Unit(in, i, n, out);
+      continue;
+    }
+    const __m512i low6 = _mm512_or_si512(_mm512_and_si512(c, sixBits), trailMark);
+    const __m512i mid6 =
+        _mm512_or_si512(_mm512_and_si512(_mm512_srli_epi32(c, 6), sixBits), trailMark);
+    const __m512i three =
+        _mm512_or_si512(_mm512_or_si512(_mm512_srli_epi32(c, 12), _mm512_set1_epi32(0xE0)),
+                        _mm512_or_si512(_mm512_slli_epi32(mid6, 8), _mm512_slli_epi32(low6, 16)));
+    const __m512i two =
+        _mm512_or_si512(_mm512_or_si512(_mm512_srli_epi32(c, 6), _mm512_set1_epi32(0xC0)),
+                        _mm512_slli_epi32(low6, 8));
+    const __mmask16 isOne = _mm512_cmplt_epu32_mask(c, _mm512_set1_epi32(0x80));
+    const __mmask16 isThree = _mm512_cmpgt_epu32_mask(c, _mm512_set1_epi32(0x7FF));
+    const __m512i lanes =
+        _mm512_mask_blend_epi32(isThree, _mm512_mask_blend_epi32(isOne, two, c), three);
+    // Byte 0 of every lane; byte 1 unless ASCII; byte 2 for three-byte characters.
+    __m512i keep = _mm512_mask_or_epi32(_mm512_set1_epi32(0xFF), static_cast<__mmask16>(~isOne),
+                                        _mm512_set1_epi32(0xFF), _mm512_set1_epi32(0xFF00));
+    keep = _mm512_mask_or_epi32(keep, isThree, keep, _mm512_set1_epi32(0xFF0000));
+    const __mmask64 bytes = _mm512_test_epi8_mask(keep, keep);
+    _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(bytes, lanes));
+    out += _mm_popcnt_u64(bytes);
+    i += 16;
   }
   for (; i < n; ++i) out = encodeUtf8Unit(in, i, n, out);
   return static_cast<std::size_t>(out - start);
@@ -367,6 +480,8 @@ __attribute__((target("ssse3"))) std::size_t encodeUtf8Shuffle(const char16_t* i
 
 std::size_t encodeUtf8(const char16_t* in, std::size_t n, std::uint8_t* out) {
 #if defined(ORVO_UTF8_SHUFFLE)
+  static const bool compress = cpuFeatures().avx512vbmi2;
+  if (compress) return encodeUtf8Compress(in, n, out);
   static const bool shuffle = cpuFeatures().ssse3;
   if (shuffle) return encodeUtf8Shuffle(in, n, out);
 #endif
@@ -374,6 +489,20 @@ std::size_t encodeUtf8(const char16_t* in, std::size_t n, std::uint8_t* out) {
 }
 
 }  // namespace
+
+bool encodeUtf8With(const char* unit, std::u16string_view text, std::string& out) {
+  std::size_t (*encode)(const char16_t*, std::size_t, std::uint8_t*) = nullptr;
+  const std::string_view name(unit);
+  if (name == "portable") encode = &encodeUtf8Portable;
+#if defined(ORVO_UTF8_SHUFFLE)
+  if (name == "ssse3" && cpuFeatures().ssse3) encode = &encodeUtf8Shuffle;
+  if (name == "avx512" && cpuFeatures().avx512vbmi2) encode = &encodeUtf8Compress;
+#endif
+  if (encode == nullptr) return false;
+  out.resize(3 * text.size());
+  out.resize(encode(text.data(), text.size(), reinterpret_cast<std::uint8_t*>(out.data())));
+  return true;
+}
 
 bool hasRecordedTables(std::uint32_t codePage) {
   return codePage == kCodePageUtf8 || tableFor(codePage) != nullptr;

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -153,6 +154,59 @@ TEST(CodePageGolden, Utf8AsThePlatformConvertsIt) {
   EXPECT_GT(rows, 1500);
   // Pinned, so that a change of either side is seen.
   EXPECT_EQ(dropped, 157) << "rows where Wine drops bytes after a cut-short sequence";
+}
+
+// The encoder takes eight or sixteen units at a time by what they hold: every mixture of one-,
+// two-, three- and four-byte characters and lone surrogates, at every offset, against the
+// character-by-character definition.
+TEST(CodePageTest, Utf8EncodingOfEveryMixture) {
+  const std::vector<std::u16string> kinds = {u"a",      u"~",      u"\u00E9", u"\u07FF",
+                                             u"\u0800", u"\u20AC", u"\uFFFF", u"\U0001F600",
+                                             u"\xD800", u"\xDFFF"};
+  const auto expected = [](const String& text) {
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      char32_t c = text[i];
+      if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
+          text[i + 1] <= 0xDFFF) {
+        c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00);
+      } else if (c >= 0xD800 && c <= 0xDFFF) {
+        c = 0xFFFD;
+      }
+      if (c < 0x80) {
+        bytes += static_cast<char>(c);
+      } else if (c < 0x800) {
+        bytes += {static_cast<char>(0xC0 | c >> 6), static_cast<char>(0x80 | (c & 0x3F))};
+      } else if (c < 0x10000) {
+        bytes += {static_cast<char>(0xE0 | c >> 12), static_cast<char>(0x80 | (c >> 6 & 0x3F)),
+                  static_cast<char>(0x80 | (c & 0x3F))};
+      } else {
+        bytes += {static_cast<char>(0xF0 | c >> 18), static_cast<char>(0x80 | (c >> 12 & 0x3F)),
+                  static_cast<char>(0x80 | (c >> 6 & 0x3F)), static_cast<char>(0x80 | (c & 0x3F))};
+      }
+    }
+    return bytes;
+  };
+  std::mt19937 random(11);
+  std::map<std::string, int> tried;
+  for (int round = 0; round < 3000; ++round) {
+    String text;
+    // Mostly ASCII with a few others, as real text is, or anything at all.
+    const unsigned spread = round % 2 == 0 ? 40 : static_cast<unsigned>(kinds.size());
+    const std::size_t length = random() % 70;
+    while (text.size() < length) {
+      const unsigned pick = static_cast<unsigned>(random() % spread);
+      text += kinds[pick < kinds.size() ? pick : 0];
+    }
+    ASSERT_EQ(wideToMultiByte(kCodePageUtf8, text), expected(text)) << test::show(text);
+    for (const char* unit : {"avx512", "ssse3", "portable"}) {
+      std::string bytes;
+      if (!encodeUtf8With(unit, text, bytes)) continue;  // a unit this processor lacks
+      ++tried[unit];
+      ASSERT_EQ(bytes, expected(text)) << unit << " " << test::show(text);
+    }
+  }
+  EXPECT_EQ(tried["portable"], 3000);
 }
 
 TEST(CodePageTest, BuffersOfAnySizeConvertAsWholes) {
