@@ -66,6 +66,12 @@ std::string run(Call call, ObjectTable& objects) {
 }
 
 Variant argumentFromText(const std::string& text, const ObjectTable& objects) {
+  // A word that cannot begin a JSON value is a string without a parse: the first exception a
+  // process throws costs more than the rest of a short call.
+  static constexpr std::string_view kValueStarts = "{[\"-0123456789tfn";
+  if (text.empty() || kValueStarts.find(text.front()) == std::string_view::npos) {
+    return Variant(fromSystemBytes(text));
+  }
   try {
     return parseValue(text, objects);
   } catch (const SyntaxError&) {
