@@ -64,7 +64,7 @@ void ListFiles(const String& StartDir, SafeArray& Files, std::int32_t& NumFiles,
     lister.list(runtime::Trim(StartDir));
     std::vector<String> found = lister.take();
     NumFiles = static_cast<std::int32_t>(found.size());
-    Files = found.empty() ? SafeArray(0, std::vector<String>{}) : SafeArray(1, std::move(found));
+    Files = found.empty() ? SafeArray(0, std::vector<String>{}) : SafeArray(1, found);
   });
 }
 
