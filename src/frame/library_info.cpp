@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "orvogeneric/version.hpp"
 #include "platform/system_paths.hpp"
 
 // The version fields come from the build (CMake cache variables ORVO_VERSION_*), as the
@@ -67,3 +68,9 @@ const LibraryInfo& libraryInfo() {
 }
 
 }  // namespace orvo::frame
+
+namespace orvo {
+
+std::string_view libraryVersion() noexcept { return ORVO_VERSION_NUMBER; }
+
+}  // namespace orvo

@@ -17,6 +17,7 @@
 #include "file_verbs.hpp"
 #include "orvogeneric/automation.hpp"
 #include "orvogeneric/tool_checks.hpp"
+#include "orvogeneric/version.hpp"
 #include "resource_verbs.hpp"
 #include "settings_verbs.hpp"
 #include "system_verbs.hpp"
@@ -37,6 +38,7 @@ constexpr const char* kUsage =
     "  orvo log [--app DIR NAME] MESSAGE                a line into the application's log\n"
     "  orvo mutex NAME                                  whether a named mutex is held now\n"
     "  orvo strings [--json] [--language L] DLL [ID...] a satellite library's string tables\n"
+    "  orvo --version                                   the tool's and the library's version\n"
     "Each verb takes --help.\n"
     "ARG is JSON; a bare word that is not JSON is a string.\n"
     "A batch line: {\"call\": \"Class.Member\", \"args\": [...], \"named\": {\"Param\": ...}}\n"
@@ -126,6 +128,14 @@ int main(int argc, char** argv) {
     return argc < 2 ? 2 : finish(0);
   }
   const std::string verb = argv[1];
+  if (verb == "--version") {
+    // The headers the tool was built with and the library it runs on: the same unless a
+    // shared library was swapped under it.
+    const std::string line = std::string("orvo ") + ORVO_VERSION_STRING + " (ORVOGeneric " +
+                             std::string(libraryVersion()) + ")\n";
+    put(line);
+    return finish(0);
+  }
   if (verb == "call") return commandCall(argc, argv);
   if (verb == "batch") return commandBatch();
   if (verb == "members") return commandMembers(argc, argv);
