@@ -23,6 +23,10 @@ ORVO_API std::vector<String> ProfileSectionNames(const String& file);
 ORVO_API std::optional<std::vector<std::pair<String, String>>> ProfileSection(
     const String& file, const String& section);
 
+// The value of a key as a read returns it (quotes stripped); nullopt when the file, the section
+// or the key is missing, which a read's default cannot tell from an empty value.
+ORVO_API std::optional<String> ProfileValue(const String& file, const String& section,
+                                            const String& key);
 // Writes one value as it is given (no quoting added); with key null deletes the section, with
 // value null the key. False with a Windows error number (system_errors.hpp) when it cannot.
 ORVO_API bool ProfileWrite(const String& file, const String& section, const String* key,

@@ -333,6 +333,12 @@ std::optional<std::vector<std::pair<String, String>>> ProfileSection(const Strin
   return snapshot->section(section);
 }
 
+std::optional<String> ProfileValue(const String& file, const String& section, const String& key) {
+  const auto snapshot = settings::privateprofile::ProfileSnapshot::read(file);
+  if (!snapshot) return std::nullopt;
+  return snapshot->value(section, key);
+}
+
 bool ProfileWrite(const String& file, const String& section, const String* key, const String* value,
                   std::uint32_t* lastError) {
   return settings::privateprofile::WritePrivateProfileString(&section, key, value, file,

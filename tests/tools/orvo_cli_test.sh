@@ -141,6 +141,17 @@ if [[ "$(cat "$work/s.ini")" != $'[Sec]\r\nother=2\r' ]]; then
   fails=$((fails + 1))
 fi
 expect 1 "" -- ini list "$work/s.ini" Nope
+# Scripts test outcomes by exit status: a missing file or key is 1, unless a default is given;
+# an empty value is a value.
+expect 0 "" -- ini set "$work/s.ini" Sec empty ""
+expect 0 "" -- ini get "$work/s.ini" Sec empty
+expect 1 "" -- ini get "$work/s.ini" Sec missing
+expect 1 "" -- ini get "$work/s.ini" Nope key
+expect 0 "given" -- ini get "$work/s.ini" Nope key given
+expect 1 "" -- ini get "$work/absent.ini" Sec key
+expect 1 "" -- ini get "$work/absent.ini" Sec key given
+expect 1 "" -- ini list "$work/absent.ini"
+expect 1 "" -- ini list "$work/absent.ini" Sec
 expect 1 "" -- ini set "$work/no/such/dir.ini" S k v
 expect 2 "" -- ini get "$work/s.ini" Sec
 expect 1 "" -- log --app "$work" App "not yet"
@@ -150,7 +161,15 @@ if ! tail -n 1 "$work/App.log" | grep -Eq '^[0-9]{4}-[A-Z][a-z]{2}-[0-9]{2} [0-9
   echo "FAIL: orvo log line: $(tail -n 1 "$work/App.log")"
   fails=$((fails + 1))
 fi
-expect 0 "false" -- mutex "orvo cli test $$"
+expect 1 "false" -- mutex "orvo cli test $$"
+# Held while a batch that made it runs, free once the batch has ended.
+{ printf '{"call":"SystemUtilities.CreateMutex","args":["orvo cli held %s",0]}\n' $$; sleep 3; } |
+  "$orvo" batch > "$work/holder.out" 2>/dev/null &
+holder=$!
+for _ in $(seq 50); do [[ -s "$work/holder.out" ]] && break; sleep 0.1; done
+expect 0 "true" -- mutex "orvo cli held $$"
+wait "$holder"
+expect 1 "false" -- mutex "orvo cli held $$"
 expect 2 "" -- mutex
 
 # Satellite string tables, read from the compiled fixtures.
@@ -175,12 +194,19 @@ expect 1 "" -- strings "$work/missing.dll"
 expect 2 "" -- strings
 expect 2 "" -- strings "$fixtures/AppRes809.dll" 65536
 expect 2 "" -- strings --language
-for verb in encoding lines convert ini log mutex strings; do
-  if ! "$orvo" "$verb" --help | grep -q "^usage: orvo $verb"; then
-    echo "FAIL: orvo $verb --help"
+# Every verb's help is on standard output, exit 0, and lists its exit statuses; batch's does
+# not wait for input.
+for verb in call batch members encoding lines convert ini log mutex strings; do
+  help=$(timeout 5 "$orvo" "$verb" --help </dev/null 2>/dev/null)
+  code=$?
+  if ((code != 0)) || ! grep -q "^usage: orvo $verb" <<<"$help" ||
+    ! grep -q "^Exit status" <<<"$help"; then
+    echo "FAIL: orvo $verb --help (exit $code)"
     fails=$((fails + 1))
   fi
 done
+expect 2 "" -- batch extra
+expect 2 "" -- members A B
 expect 1 "" -- members Nope
 if "$orvo" call MathsUtilities.RoundUp 1.2 > /dev/full 2>/dev/null; then
   echo "FAIL: a failed write exited 0"
@@ -210,14 +236,17 @@ if ((code != 3)); then
   fails=$((fails + 1))
 fi
 
-# A log line reports what it cost: the encoding verdicts traced while it is written (on the log
-# itself, on ORVO.INI) are written too, and a log that cannot be written is exit status 1.
+# orvo log writes the line it is given and nothing else: not the information block of an
+# application's start, not the encoding verdicts traced while the line is written; three calls
+# are three lines. A log that cannot be written is exit status 1.
 mkdir -p "$work/logapp/win"
 printf '[Logging]\r\nOutputDebugString=0\r\n' > "$work/logapp/win/ORVO.INI"
 : > "$work/logapp/app.log"
-ORVO_WINDIR="$work/logapp/win" "$orvo" log --app "$work/logapp" app hello 2>/dev/null
-if [[ $(grep -c 'File Encoding = 0, for file' "$work/logapp/app.log") != 2 ]]; then
-  echo "FAIL: the encoding traces of a log's first line"
+for message in one two three; do
+  ORVO_WINDIR="$work/logapp/win" "$orvo" log --app "$work/logapp" app "$message" 2>/dev/null
+done
+if [[ $(wc -l < "$work/logapp/app.log") != 3 || $(grep -c ': one\|: two\|: three' "$work/logapp/app.log") != 3 ]]; then
+  echo "FAIL: orvo log wrote more than its lines: $(cat "$work/logapp/app.log")"
   fails=$((fails + 1))
 fi
 chmod 444 "$work/logapp/app.log"

@@ -20,17 +20,23 @@ constexpr std::int64_t kProgressThreshold = 100LL << 20;
 constexpr const char* kEncodingHelp =
     "usage: orvo encoding FILE...\n"
     "Prints, for each file, the encoding the library detects (name and number) and the code\n"
-    "page it reads the file with: FILE<TAB>NAME<TAB>NUMBER<TAB>CODEPAGE.\n";
+    "page it reads the file with: FILE<TAB>NAME<TAB>NUMBER<TAB>CODEPAGE.\n"
+    "Exit status: 0 every file answered, 1 a file is missing or unreadable (the others are\n"
+    "still answered), 2 usage.\n";
 constexpr const char* kLinesHelp =
     "usage: orvo lines FILE...\n"
     "Prints, for each file, its line count as FileLineCount counts it (CR, LF and CR LF each\n"
-    "end a line; a last line without terminator counts): COUNT<TAB>FILE.\n";
+    "end a line; a last line without terminator counts): COUNT<TAB>FILE.\n"
+    "Exit status: 0 every file counted, 1 a file is missing or unreadable (the others are\n"
+    "still counted), 2 usage.\n";
 constexpr const char* kConvertHelp =
     "usage: orvo convert --to CODEPAGE [--from CODEPAGE] [--bom|--no-bom] IN OUT\n"
     "Re-encodes a text file, streaming. The source is read in its detected encoding (after its\n"
     "BOM), or as --from says. CODEPAGE: 0 (the system ANSI code page), 65001 (UTF-8), 1200\n"
     "(UTF-16 LE), 1201 (UTF-16 BE) or a Windows code page such as 1252 or 932. A Unicode\n"
-    "target gets a BOM unless --no-bom.\n";
+    "target gets a BOM unless --no-bom.\n"
+    "Exit status: 0 converted, 1 nothing written (unreadable input, a code page that cannot be\n"
+    "read or written, OUT is IN, a failed write: OUT is left as it was), 2 usage.\n";
 
 const char* encodingName(std::int32_t e) {
   static const char* const kNames[] = {

@@ -64,7 +64,39 @@ int finish(int status) {
   return status;
 }
 
+constexpr const char* kCallHelp =
+    "usage: orvo call Class.Member [ARG...] [Name:=ARG...]\n"
+    "Calls one member of a global class (orvo members lists them) and prints the answer as one\n"
+    "JSON line: {\"result\": ...} with \"byref\" for in/out arguments, or {\"error\": "
+    "{\"number\",\n"
+    "\"description\", \"source\"}}. ARG is JSON; a bare word that is not JSON is a string.\n"
+    "Exit status: 0 answered, 1 the member raised an error (or no such class or member),\n"
+    "2 usage, 3 the answer could not be written.\n";
+
+constexpr const char* kBatchHelp =
+    "usage: orvo batch < REQUESTS\n"
+    "Reads one JSON request a line from standard input and answers each with one JSON line, in\n"
+    "one process, so that state (objects, settings, the application's identity) carries over:\n"
+    "  {\"call\": \"Class.Member\", \"args\": [...], \"named\": {\"Param\": ...}}\n"
+    "  {\"object\": H, \"call\": \"Member\", ...}   a member of an object an answer returned\n"
+    "  {\"call\": \"Class.Property\", \"let\": value}\n"
+    "Exit status: 0 at the end of the input (errors are answers), 2 usage, 3 the answers could\n"
+    "not be written.\n";
+
+constexpr const char* kMembersHelp =
+    "usage: orvo members [CLASS]\n"
+    "Lists the classes and the signatures of their members, or those of one class.\n"
+    "Exit status: 0 listed, 1 no such class, 2 usage.\n";
+
+bool asksHelp(int argc, char** argv) {
+  return argc == 3 && (std::strcmp(argv[2], "--help") == 0 || std::strcmp(argv[2], "-h") == 0);
+}
+
 int commandCall(int argc, char** argv) {
+  if (asksHelp(argc, argv)) {
+    put(kCallHelp);
+    return finish(0);
+  }
   cli::ObjectTable objects;
   const cli::CallAnswer answer = cli::callLine(argc, argv, objects);
   put(answer.line);  // the answer as it stands: a copy would hold a long text twice
@@ -87,6 +119,14 @@ int commandBatch() {
 }
 
 int commandMembers(int argc, char** argv) {
+  if (asksHelp(argc, argv)) {
+    put(kMembersHelp);
+    return finish(0);
+  }
+  if (argc > 3) {
+    std::fputs(kMembersHelp, stderr);
+    return 2;
+  }
   if (argc > 2 && automation::findClass(argv[2]) == nullptr) {
     std::fprintf(stderr, "orvo: no class %s (orvo members lists them all)\n", argv[2]);
     return 1;
@@ -137,7 +177,17 @@ int main(int argc, char** argv) {
     return finish(0);
   }
   if (verb == "call") return commandCall(argc, argv);
-  if (verb == "batch") return commandBatch();
+  if (verb == "batch") {
+    if (asksHelp(argc, argv)) {
+      put(kBatchHelp);
+      return finish(0);
+    }
+    if (argc > 2) {
+      std::fputs(kBatchHelp, stderr);
+      return 2;
+    }
+    return commandBatch();
+  }
   if (verb == "members") return commandMembers(argc, argv);
   const std::vector<std::string> rest(argv + 2, argv + argc);
   if (verb == "encoding") return cli::commandEncoding(rest);

@@ -13,21 +13,23 @@ namespace orvo::cli {
 namespace {
 
 constexpr const char* kIniHelp =
-    "usage: orvo ini get FILE SECTION KEY [DEFAULT]   the value (DEFAULT, or empty, if missing)\n"
+    "usage: orvo ini get FILE SECTION KEY [DEFAULT]   the value (DEFAULT if it is missing)\n"
     "       orvo ini set FILE SECTION KEY VALUE       write one value (the file is created)\n"
     "       orvo ini delete FILE SECTION [KEY]        remove a key, or a whole section\n"
     "       orvo ini list FILE [SECTION]              the sections, or a section's KEY=VALUE\n"
     "Values are read and written as the INI class does: one pair of enclosing quotes is\n"
     "stripped on reading, a value with edge blanks is written in quotes, ANSI files in the\n"
     "system code page, UTF-16 files as UTF-16. A write changes only the line it concerns.\n"
-    "Exit status: 0 done (get: also when the value is missing), 1 the file could not be\n"
-    "written (or list: no such file or section), 2 usage.\n";
+    "Exit status: 0 done (get: the value, even empty, or DEFAULT for a missing key); 1 the\n"
+    "file does not exist (get, list), the key is missing and no DEFAULT was given (get), no\n"
+    "such section (list), or the file could not be written (set, delete); 2 usage.\n";
 
 constexpr const char* kLogHelp =
     "usage: orvo log [--app DIR NAME] MESSAGE\n"
     "Appends MESSAGE, time-stamped, to the application's log DIR/NAME.log (default: orvo's own\n"
     "directory and name). The log is written only if the file exists: create it empty to turn\n"
-    "logging on. Exit status: 0 written, 1 no log file, 2 usage.\n";
+    "logging on. Only the line is written, not the library's own trace.\n"
+    "Exit status: 0 written, 1 no log file (or it could not be written), 2 usage.\n";
 
 String text(const std::string& s) { return fromSystemBytes(s); }
 
@@ -53,7 +55,12 @@ int commandIni(const std::vector<std::string>& args) {
   if (args.size() < 2) return usage(kIniHelp);
   const std::string& verb = args[0];
   const std::string& file = args[1];
+  const auto missingFile = [&] {
+    std::fprintf(stderr, "orvo ini: %s does not exist\n", file.c_str());
+    return 1;
+  };
   if (verb == "list" && args.size() <= 3) {
+    if (FileSubs().FileExists(text(file)) != VBool::True) return missingFile();
     if (args.size() == 2) {
       std::string out;
       for (const String& name : ProfileSectionNames(text(file))) out += toUtf8(name) + "\n";
@@ -74,9 +81,17 @@ int commandIni(const std::vector<std::string>& args) {
   const String section = text(args[2]);
   try {
     if (verb == "get" && (args.size() == 4 || args.size() == 5)) {
+      if (FileSubs().FileExists(text(file)) != VBool::True) return missingFile();
+      const bool hasDefault = args.size() == 5;
+      // A script must tell a missing key from an empty value: the read's default cannot.
+      if (!hasDefault && !ProfileValue(text(file), section, text(args[3]))) {
+        std::fprintf(stderr, "orvo ini: %s has no key %s in [%s]\n", file.c_str(), args[3].c_str(),
+                     args[2].c_str());
+        return 1;
+      }
       INI ini;
       const String value = ini.GetStringFromINI(text(file), section, text(args[3]),
-                                                args.size() == 5 ? text(args[4]) : String());
+                                                hasDefault ? text(args[4]) : String());
       put(toUtf8(value) + "\n");
       return done(0);
     }
@@ -107,6 +122,9 @@ int commandLog(const std::vector<std::string>& args) {
   if (wantsHelp(args)) return std::fputs(kLogHelp, stdout) < 0 ? 3 : done(0);
   std::size_t next = 0;
   INI ini;
+  // The line asked for and nothing else: the library's own trace (the information block an
+  // application's start writes, the encoding verdicts) belongs to a running application.
+  ini.SuppressORVOGenericLogging(VBool::True);
   if (!args.empty() && args[0] == "--app") {
     if (args.size() < 3) return usage(kLogHelp);
     ini.InitialiseAppProperties(text(args[1]), text(args[2]));

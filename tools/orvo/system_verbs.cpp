@@ -13,7 +13,8 @@ constexpr const char* kMutexHelp =
     "usage: orvo mutex NAME\n"
     "Prints true when some process holds the named mutex now (an application's single-instance\n"
     "guard, named as ORVOMutexName names them), else false. A holder that ended, however it\n"
-    "ended, holds nothing.\n";
+    "ended, holds nothing.\n"
+    "Exit status: 0 held, 1 free (so that `if orvo mutex NAME` reads as a question), 2 usage.\n";
 
 }  // namespace
 
@@ -24,8 +25,9 @@ int commandMutex(const std::vector<std::string>& args) {
     return 2;
   }
   SystemUtilities system;
-  put(system.MutexAlreadyExists(fromSystemBytes(args[0])) == VBool::True ? "true\n" : "false\n");
-  return done(0);
+  const bool held = system.MutexAlreadyExists(fromSystemBytes(args[0])) == VBool::True;
+  put(held ? "true\n" : "false\n");
+  return done(held ? 0 : 1);
 }
 
 }  // namespace orvo::cli
