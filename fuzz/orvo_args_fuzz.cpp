@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "arguments.hpp"
 #include "cli.hpp"
 #include "file_verbs.hpp"
 #include "fuzz_input.hpp"
@@ -52,6 +53,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
   }
   args.push_back(current);
+  // Every word is an option, an option's value or an operand, once; after "--", all operands.
+  const auto split = orvo::cli::splitArguments(args, {{"--v", true}, {"--f", false}});
+  if (split.operands.size() + split.options.size() > args.size()) __builtin_trap();
+  if (args.front() == "--" &&
+      (split.help || !split.error.empty() ||
+       split.operands != std::vector<std::string>(args.begin() + 1, args.end()))) {
+    __builtin_trap();
+  }
   const auto parse = orvo::cli::parseConvertArguments(args);
   if (parse.options && (parse.options->in.empty() && parse.options->out.empty())) {
     // Two file names were counted, so at least one was given.

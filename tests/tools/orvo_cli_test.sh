@@ -207,6 +207,31 @@ for verb in call batch members encoding lines convert ini log mutex strings; do
 done
 expect 2 "" -- batch extra
 expect 2 "" -- members A B
+# Options as the shell tools have them: an unknown one is a usage error, never a file name;
+# "--" ends them; "-" (standard input or output) is refused rather than taken as a file name;
+# values and arguments that start with "-" stay values.
+for args in "encoding --bogus $work/s.ini" "lines --bogus $work/s.ini" "lines -" "encoding -" \
+  "convert --to 65001 --bogus $work/s.ini $work/out.txt" "convert --to 65001 $work/s.ini -" \
+  "convert --to 65001 - $work/out.txt" "strings --bogus x.dll" "ini --bogus get f s k" \
+  "log --bogus message" "mutex --bogus" "call --bogus" "members --bogus" "batch --bogus" \
+  "convert --to" "strings --language"; do
+  # shellcheck disable=SC2086
+  expect 2 "" -- $args
+done
+if [[ -e "$work/-" || -e ./- ]]; then
+  echo "FAIL: a file named - was made"
+  fails=$((fails + 1))
+fi
+printf 'one\ntwo\n' > "$work/-dash"
+cd "$work" || exit 1
+expect 0 "2	-dash" -- lines -- -dash
+expect 0 "2	./-dash" -- lines ./-dash
+cd - > /dev/null || exit 1
+expect 0 "" -- ini set "$work/s.ini" Sec negative -5
+expect 0 "-5" -- ini get "$work/s.ini" Sec negative
+expect 0 '{"result":-1}' -- call MathsUtilities.RoundUp -1.5
+expect 0 '{"result":2}' -- call -- MathsUtilities.RoundUp 1.2
+expect 1 "false" -- mutex -- "-orvo cli $$"
 expect 1 "" -- members Nope
 if "$orvo" call MathsUtilities.RoundUp 1.2 > /dev/full 2>/dev/null; then
   echo "FAIL: a failed write exited 0"

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "arguments.hpp"
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/error.hpp"
 #include "orvogeneric/text_conversion.hpp"
@@ -77,6 +78,20 @@ void progress(const std::string& verb, const std::string& file, std::int64_t don
   if (doneBytes >= total) std::fputs("\n", stderr);
 }
 
+// The operands of a verb that reads files: at least one, and no "-" (standard input is not read
+// by these verbs yet: a file of that name is given as ./-). 0 when they will do.
+int checkFileOperands(std::string_view verb, const Arguments& a, const char* help) {
+  if (!a.error.empty()) return usageError(verb, a.error, help);
+  if (a.operands.empty()) return usageError(verb, "no file named", help);
+  for (const std::string& path : a.operands) {
+    if (path == "-") {
+      return usageError(
+          verb, "standard input ('-') is not read yet: name a file (./- for a file named -)", help);
+    }
+  }
+  return 0;
+}
+
 std::optional<std::int32_t> codePageArgument(const std::string& text) {
   std::int32_t value = 0;
   const auto r = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -87,14 +102,14 @@ std::optional<std::int32_t> codePageArgument(const std::string& text) {
 }  // namespace
 
 int commandEncoding(const std::vector<std::string>& args) {
-  if (wantsHelp(args)) return std::fputs(kEncodingHelp, stdout) < 0 ? 3 : done(0);
-  if (args.empty()) {
-    std::fputs(kEncodingHelp, stderr);
-    return 2;
+  const Arguments a = splitArguments(args, {});
+  if (a.help) return std::fputs(kEncodingHelp, stdout) < 0 ? 3 : done(0);
+  if (const int status = checkFileOperands("encoding", a, kEncodingHelp); status != 0) {
+    return status;
   }
   FileSubs files;
   int status = 0;
-  for (const auto& path : args) {
+  for (const auto& path : a.operands) {
     std::string why;
     if (!readable(path, why)) {
       std::fprintf(stderr, "orvo encoding: %s: %s\n", path.c_str(), why.c_str());
@@ -117,14 +132,12 @@ int commandEncoding(const std::vector<std::string>& args) {
 }
 
 int commandLines(const std::vector<std::string>& args) {
-  if (wantsHelp(args)) return std::fputs(kLinesHelp, stdout) < 0 ? 3 : done(0);
-  if (args.empty()) {
-    std::fputs(kLinesHelp, stderr);
-    return 2;
-  }
+  const Arguments a = splitArguments(args, {});
+  if (a.help) return std::fputs(kLinesHelp, stdout) < 0 ? 3 : done(0);
+  if (const int status = checkFileOperands("lines", a, kLinesHelp); status != 0) return status;
   FileSubs files;
   int status = 0;
-  for (const auto& path : args) {
+  for (const auto& path : a.operands) {
     std::string why;
     std::int64_t size = 0;
     if (!readable(path, why, &size)) {
@@ -147,51 +160,56 @@ int commandLines(const std::vector<std::string>& args) {
 
 ConvertParse parseConvertArguments(const std::vector<std::string>& args) {
   ConvertParse parse;
+  const Arguments a = splitArguments(
+      args, {{"--to", true}, {"--from", true}, {"--bom", false}, {"--no-bom", false}});
+  if (a.help) {
+    parse.help = true;
+    return parse;
+  }
+  if (!a.error.empty()) {
+    parse.error = a.error;
+    return parse;
+  }
   ConvertOptions options;
   bool haveTo = false;
-  std::vector<std::string> files;
-  for (std::size_t i = 0; i < args.size(); ++i) {
-    const std::string& a = args[i];
-    if (a == "--help" || a == "-h") {
-      parse.help = true;
+  for (const auto& [name, value] : a.options) {
+    if (name == "--bom" || name == "--no-bom") {
+      options.bom = name == "--bom";
+      continue;
+    }
+    const auto cp = codePageArgument(value);
+    if (!cp) {
+      parse.error = name + ": not a code page number: " + value.substr(0, 40);
       return parse;
     }
-    if (a == "--to" || a == "--from") {
-      if (i + 1 == args.size()) {
-        parse.error = a + " needs a code page";
-        return parse;
-      }
-      const auto cp = codePageArgument(args[++i]);
-      if (!cp) {
-        parse.error = a + ": not a code page number: " + args[i].substr(0, 40);
-        return parse;
-      }
-      if (a == "--to") {
-        options.to = *cp;
-        haveTo = true;
-      } else {
-        options.from = *cp;
-      }
-    } else if (a == "--bom" || a == "--no-bom") {
-      options.bom = a == "--bom";
-    } else if (a.size() > 1 && a[0] == '-' && a != "-") {
-      parse.error = "unknown option " + a.substr(0, 40);
-      return parse;
+    if (name == "--to") {
+      options.to = *cp;
+      haveTo = true;
     } else {
-      files.push_back(a);
+      options.from = *cp;
     }
   }
   if (!haveTo) {
     parse.error = "--to CODEPAGE is required";
-  } else if (files.size() != 2) {
-    parse.error = "give one input and one output file";
-  } else if (options.to == CP_UTF32_LE || options.to == CP_UTF32_BE) {
-    parse.error = "UTF-32 is not supported as a target";
-  } else {
-    options.in = files[0];
-    options.out = files[1];
-    parse.options = options;
+    return parse;
   }
+  if (a.operands.size() != 2) {
+    parse.error = "IN and OUT are required, and nothing else";
+    return parse;
+  }
+  for (const std::string& file : a.operands) {
+    if (file == "-") {
+      parse.error = "standard input and output ('-') are not converted yet: name the files";
+      return parse;
+    }
+    if (file.empty()) {
+      parse.error = "a file name is empty";
+      return parse;
+    }
+  }
+  options.in = a.operands[0];
+  options.out = a.operands[1];
+  parse.options = options;
   return parse;
 }
 

@@ -97,8 +97,17 @@ int commandCall(int argc, char** argv) {
     put(kCallHelp);
     return finish(0);
   }
+  // Options come before Class.Member; after it every word is an argument, "-1" included.
+  std::vector<char*> words(argv, argv + argc);
+  if (words.size() > 2 && std::strcmp(words[2], "--") == 0) {
+    words.erase(words.begin() + 2);
+  } else if (words.size() > 2 && words[2][0] == '-') {
+    std::fprintf(stderr, "orvo call: unknown option %.40s\n%s", words[2], kCallHelp);
+    return 2;
+  }
   cli::ObjectTable objects;
-  const cli::CallAnswer answer = cli::callLine(argc, argv, objects);
+  const cli::CallAnswer answer =
+      cli::callLine(static_cast<int>(words.size()), words.data(), objects);
   put(answer.line);  // the answer as it stands: a copy would hold a long text twice
   put("\n");
   return finish(answer.ok ? 0 : 1);
@@ -123,8 +132,9 @@ int commandMembers(int argc, char** argv) {
     put(kMembersHelp);
     return finish(0);
   }
-  if (argc > 3) {
-    std::fputs(kMembersHelp, stderr);
+  if (argc > 3 || (argc == 3 && argv[2][0] == '-')) {
+    std::fprintf(stderr, "orvo members: %s\n%s", argc > 3 ? "at most one CLASS" : "unknown option",
+                 kMembersHelp);
     return 2;
   }
   if (argc > 2 && automation::findClass(argv[2]) == nullptr) {
@@ -183,7 +193,9 @@ int main(int argc, char** argv) {
       return finish(0);
     }
     if (argc > 2) {
-      std::fputs(kBatchHelp, stderr);
+      std::fprintf(stderr, "orvo batch: %s %.40s\n%s",
+                   argv[2][0] == '-' ? "unknown option" : "no operands, not even", argv[2],
+                   kBatchHelp);
       return 2;
     }
     return commandBatch();

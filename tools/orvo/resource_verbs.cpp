@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "arguments.hpp"
 #include "json_bridge.hpp"
 #include "orvogeneric/satellite.hpp"
 #include "verb_support.hpp"
@@ -68,45 +69,43 @@ void appendLine(std::string& out, const SatelliteString& s, bool json) {
 
 StringsParse parseStringsArguments(const std::vector<std::string>& args) {
   StringsParse parse;
-  if (wantsHelp(args)) {
+  const Arguments a = splitArguments(args, {{"--json", false}, {"--language", true}});
+  if (a.help) {
     parse.help = true;
     return parse;
   }
+  if (!a.error.empty()) {
+    parse.error = a.error;
+    return parse;
+  }
   StringsOptions options;
-  bool haveFile = false;
-  for (std::size_t i = 0; i < args.size(); ++i) {
-    const std::string& a = args[i];
-    if (a == "--json") {
+  for (const auto& [name, value] : a.options) {
+    if (name == "--json") {
       options.json = true;
-    } else if (a == "--language") {
-      if (i + 1 == args.size()) {
-        parse.error = "--language needs a language id";
-        return parse;
-      }
-      options.language = number16(args[++i]);
-      if (!options.language) {
-        parse.error = "not a language id: " + args[i];
-        return parse;
-      }
-    } else if (!haveFile) {
-      if (a.empty()) {
-        parse.error = "the library's file name is empty";
-        return parse;
-      }
-      options.file = a;
-      haveFile = true;
-    } else {
-      const auto id = number16(a);
-      if (!id) {
-        parse.error = "not a string id (0 to 65535): " + a;
-        return parse;
-      }
-      options.ids.push_back(*id);
+      continue;
+    }
+    options.language = number16(value);
+    if (!options.language) {
+      parse.error = "not a language id: " + value.substr(0, 40);
+      return parse;
     }
   }
-  if (!haveFile) {
+  if (a.operands.empty()) {
     parse.error = "no library named";
     return parse;
+  }
+  if (a.operands[0].empty()) {
+    parse.error = "the library's file name is empty";
+    return parse;
+  }
+  options.file = a.operands[0];
+  for (std::size_t i = 1; i < a.operands.size(); ++i) {
+    const auto id = number16(a.operands[i]);
+    if (!id) {
+      parse.error = "not a string id (0 to 65535): " + a.operands[i].substr(0, 40);
+      return parse;
+    }
+    options.ids.push_back(*id);
   }
   parse.options = std::move(options);
   return parse;

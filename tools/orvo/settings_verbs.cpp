@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "arguments.hpp"
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/error.hpp"
 #include "orvogeneric/profile.hpp"
@@ -50,8 +51,12 @@ int writeFailure(const std::string& file, std::uint32_t error) {
 
 }  // namespace
 
-int commandIni(const std::vector<std::string>& args) {
-  if (wantsHelp(args)) return std::fputs(kIniHelp, stdout) < 0 ? 3 : done(0);
+int commandIni(const std::vector<std::string>& all) {
+  // Values may start with "-": options only come before the first word.
+  const Arguments parsed = splitArguments(all, {}, OptionPlacement::BeforeOperands);
+  if (parsed.help) return std::fputs(kIniHelp, stdout) < 0 ? 3 : done(0);
+  if (!parsed.error.empty()) return usageError("ini", parsed.error, kIniHelp);
+  const std::vector<std::string>& args = parsed.operands;
   if (args.size() < 2) return usage(kIniHelp);
   const std::string& verb = args[0];
   const std::string& file = args[1];
@@ -118,19 +123,21 @@ int commandIni(const std::vector<std::string>& args) {
   return usage(kIniHelp);
 }
 
-int commandLog(const std::vector<std::string>& args) {
-  if (wantsHelp(args)) return std::fputs(kLogHelp, stdout) < 0 ? 3 : done(0);
-  std::size_t next = 0;
+int commandLog(const std::vector<std::string>& all) {
+  // --app DIR NAME: the option takes DIR, NAME is the first operand; a message may start
+  // with "-".
+  const Arguments parsed = splitArguments(all, {{"--app", true}}, OptionPlacement::BeforeOperands);
+  if (parsed.help) return std::fputs(kLogHelp, stdout) < 0 ? 3 : done(0);
+  if (!parsed.error.empty()) return usageError("log", parsed.error, kLogHelp);
+  const std::vector<std::string>& args = parsed.operands;
+  const std::string* appDir = parsed.value("--app");
+  const std::size_t next = appDir != nullptr ? 1 : 0;
+  if (args.size() != next + 1) return usage(kLogHelp);
   INI ini;
   // The line asked for and nothing else: the library's own trace (the information block an
   // application's start writes, the encoding verdicts) belongs to a running application.
   ini.SuppressORVOGenericLogging(VBool::True);
-  if (!args.empty() && args[0] == "--app") {
-    if (args.size() < 3) return usage(kLogHelp);
-    ini.InitialiseAppProperties(text(args[1]), text(args[2]));
-    next = 3;
-  }
-  if (args.size() != next + 1) return usage(kLogHelp);
+  if (appDir != nullptr) ini.InitialiseAppProperties(text(*appDir), text(args[0]));
   FileSubs files;
   const String log = files.LogFile();
   if (files.FileExists(log) != VBool::True) {

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "arguments.hpp"
 #include "orvogeneric/classes.hpp"
 #include "verb_support.hpp"
 
@@ -19,13 +20,12 @@ constexpr const char* kMutexHelp =
 }  // namespace
 
 int commandMutex(const std::vector<std::string>& args) {
-  if (wantsHelp(args)) return std::fputs(kMutexHelp, stdout) < 0 ? 3 : done(0);
-  if (args.size() != 1) {
-    std::fputs(kMutexHelp, stderr);
-    return 2;
-  }
+  const Arguments parsed = splitArguments(args, {}, OptionPlacement::BeforeOperands);
+  if (parsed.help) return std::fputs(kMutexHelp, stdout) < 0 ? 3 : done(0);
+  if (!parsed.error.empty()) return usageError("mutex", parsed.error, kMutexHelp);
+  if (parsed.operands.size() != 1) return usageError("mutex", "one NAME is needed", kMutexHelp);
   SystemUtilities system;
-  const bool held = system.MutexAlreadyExists(fromSystemBytes(args[0])) == VBool::True;
+  const bool held = system.MutexAlreadyExists(fromSystemBytes(parsed.operands[0])) == VBool::True;
   put(held ? "true\n" : "false\n");
   return done(held ? 0 : 1);
 }

@@ -6,15 +6,9 @@
 #include <string>
 #include <vector>
 
-// What every orvo verb shares: the help switch and output that reports its own failure.
+// What every orvo verb shares: output that reports its own failure (arguments.hpp splits the
+// arguments).
 namespace orvo::cli {
-
-inline bool wantsHelp(const std::vector<std::string>& args) {
-  for (const auto& a : args) {
-    if (a == "--help" || a == "-h") return true;
-  }
-  return false;
-}
 
 inline bool put(const std::string& text) {
   return std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
