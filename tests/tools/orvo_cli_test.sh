@@ -177,7 +177,7 @@ fixtures=$(cd "$(dirname "$0")/../resources/fixtures" && pwd)
 expect 0 "1036	101	Première ligne%nDeuxième ligne
 1041	101	一行目%n二行目
 2057	101	Line one%nLine two
-2057	105	tab\there, quote \" and backslash \\ kept" -- strings "$fixtures/AppRes809.dll" 101 105
+2057	105	tab\there, quote \" and backslash \\\\ kept" -- strings "$fixtures/AppRes809.dll" 101 105
 expect 0 '{"language":1041,"id":104,"text":"顔 😀"}
 {"language":1041,"id":101,"text":"一行目%n二行目"}' -- strings --json --language 0x411 "$fixtures/AppRes809_i386.dll" 104 101
 expect 1 "1036	103	après un trou

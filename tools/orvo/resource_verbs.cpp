@@ -19,8 +19,9 @@ constexpr const char* kStringsHelp =
     "Lists the string tables of a satellite library (a Windows resource DLL, 32- or 64-bit),\n"
     "read from the file without loading it: every string of every language, or only the given\n"
     "ids, one per line as LANGID<TAB>ID<TAB>TEXT (LANGID in decimal: 2057 is 0x0809), with\n"
-    "CR, LF and TAB in the text written as \\r, \\n and \\t. --json prints JSON lines instead:\n"
-    "{\"language\":2057,\"id\":101,\"text\":\"...\"}. LANGID and ID are decimal or 0x-hex.\n"
+    "CR, LF, TAB and backslash in the text written as \\r, \\n, \\t and \\\\. --json prints JSON\n"
+    "lines instead: {\"language\":2057,\"id\":101,\"text\":\"...\"}. LANGID and ID are decimal or "
+    "0x-hex.\n"
     "Exit status: 0 done, 1 the file is missing, unreadable or not a satellite library, or a\n"
     "given id has no string in any (chosen) language, 2 usage.\n";
 
@@ -40,14 +41,27 @@ std::optional<std::uint16_t> number16(std::string_view text) {
   return static_cast<std::uint16_t>(value);
 }
 
-// Text for one line: the line breaks and tabs a string may hold would split the listing.
+// Text for one line: the line breaks and tabs a string may hold would split the listing, and
+// the backslash is escaped too, so that "\\n" in a path and a line break read differently.
 void appendEscaped(std::string& out, std::u16string_view text) {
   std::u16string_view rest = text;
   while (!rest.empty()) {
-    const std::size_t stop = rest.find_first_of(u"\r\n\t");
+    const std::size_t stop = rest.find_first_of(u"\r\n\t\\");
     out += toUtf8(rest.substr(0, stop));
     if (stop == std::u16string_view::npos) break;
-    out += rest[stop] == u'\r' ? "\\r" : rest[stop] == u'\n' ? "\\n" : "\\t";
+    switch (rest[stop]) {
+      case u'\r':
+        out += "\\r";
+        break;
+      case u'\n':
+        out += "\\n";
+        break;
+      case u'\t':
+        out += "\\t";
+        break;
+      default:
+        out += "\\\\";
+    }
     rest.remove_prefix(stop + 1);
   }
 }
