@@ -87,13 +87,23 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 printf 'caf\xe9\r\nline2\rline3\nlast' > "$work/ansi.txt"
 printf '\xef\xbb\xbfutf8\r\n' > "$work/bom.txt"
-expect 0 "$work/ansi.txt	encANSI	0	0
-$work/bom.txt	encUTF8_BOM	4	65001" -- encoding "$work/ansi.txt" "$work/bom.txt"
+expect 0 "$work/ansi.txt	encANSI	0	1252	CP1252
+$work/bom.txt	encUTF8_BOM	4	65001	UTF-8" -- encoding "$work/ansi.txt" "$work/bom.txt"
+# An ANSI file is read in the system's ANSI code page, which is answered as the page it is.
+ORVO_ANSI_CODEPAGE=932 expect 0 "$work/ansi.txt	encANSI	0	932	CP932" -- encoding "$work/ansi.txt"
+expect 0 '{"file":"'"$work"'/bom.txt","encoding":"encUTF8_BOM","number":4,"bom":3,"codePage":65001,"charset":"UTF-8"}
+{"file":"/bin/sh","encoding":"encBIN","number":-1,"bom":0,"codePage":0,"charset":null}' -- encoding --json "$work/bom.txt" /bin/sh
+# The charset is one iconv takes: the file converts with it.
+charset=$("$orvo" encoding "$work/ansi.txt" | cut -f5)
+if ! iconv -f "$charset" -t UTF-8 "$work/ansi.txt" | grep -q 'café'; then
+  echo "FAIL: iconv did not take the charset $charset"
+  fails=$((fails + 1))
+fi
 expect 1 "" -- encoding "$work/missing.txt"
 expect 0 "4	$work/ansi.txt" -- lines "$work/ansi.txt"
 expect 1 "" -- lines "$work"
 expect 0 "" -- convert --to 1201 "$work/ansi.txt" "$work/be.txt"
-expect 0 "$work/be.txt	encUTF16_BE	6	1201" -- encoding "$work/be.txt"
+expect 0 "$work/be.txt	encUTF16_BE	6	1201	UTF-16BE" -- encoding "$work/be.txt"
 expect 0 "" -- convert --to 1252 --no-bom "$work/be.txt" "$work/back.txt"
 if ! cmp -s "$work/ansi.txt" "$work/back.txt"; then
   echo "FAIL: convert round trip changed the bytes"

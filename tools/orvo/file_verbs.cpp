@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "arguments.hpp"
+#include "json_bridge.hpp"
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/error.hpp"
 #include "orvogeneric/text_conversion.hpp"
@@ -19,9 +20,12 @@ namespace {
 constexpr std::int64_t kProgressThreshold = 100LL << 20;
 
 constexpr const char* kEncodingHelp =
-    "usage: orvo encoding FILE...\n"
-    "Prints, for each file, the encoding the library detects (name and number) and the code\n"
-    "page it reads the file with: FILE<TAB>NAME<TAB>NUMBER<TAB>CODEPAGE.\n"
+    "usage: orvo encoding [--json] FILE...\n"
+    "Prints, for each file, the encoding the library detects (name and number), the code page\n"
+    "it reads the file with (for ANSI files the system's ANSI code page) and that code page's\n"
+    "name as iconv takes it: FILE<TAB>NAME<TAB>NUMBER<TAB>CODEPAGE<TAB>CHARSET. --json prints a\n"
+    "JSON line a file instead, with the BOM's size: {\"file\",\"encoding\",\"number\",\"bom\",\n"
+    "\"codePage\",\"charset\"}. A binary file has code page 0 and no charset.\n"
     "Exit status: 0 every file answered, 1 a file is missing or unreadable (the others are\n"
     "still answered), 2 usage.\n";
 constexpr const char* kLinesHelp =
@@ -44,6 +48,42 @@ const char* encodingName(std::int32_t e) {
       "encBIN",      "encANSI",     "encUTF8_NB",  "encUTF16_LE_NB", "encUTF16_BE_NB",
       "encUTF8_BOM", "encUTF16_LE", "encUTF16_BE", "encUTF32_LE",    "encUTF32_BE"};
   return e >= -1 && e <= 8 ? kNames[e + 1] : "unknown";
+}
+
+// How many bytes of the file are its byte-order mark.
+int bomSize(std::int32_t encoding) {
+  switch (encoding) {
+    case encUTF8_BOM:
+      return 3;
+    case encUTF16_LE:
+    case encUTF16_BE:
+      return 2;
+    case encUTF32_LE:
+    case encUTF32_BE:
+      return 4;
+    default:
+      return 0;
+  }
+}
+
+// The code page's name as iconv (and most charset tables) know it; empty for none.
+std::string charsetName(std::int32_t codePage) {
+  switch (codePage) {
+    case 0:
+      return {};
+    case 65001:
+      return "UTF-8";
+    case 1200:
+      return "UTF-16LE";
+    case 1201:
+      return "UTF-16BE";
+    case 12000:
+      return "UTF-32LE";
+    case 12001:
+      return "UTF-32BE";
+    default:
+      return "CP" + std::to_string(codePage);
+  }
 }
 
 // A file to read: missing, a directory and unreadable are told apart.
@@ -102,7 +142,7 @@ std::optional<std::int32_t> codePageArgument(const std::string& text) {
 }  // namespace
 
 int commandEncoding(const std::vector<std::string>& args) {
-  const Arguments a = splitArguments(args, {});
+  const Arguments a = splitArguments(args, {{"--json", false}});
   if (a.help) return std::fputs(kEncodingHelp, stdout) < 0 ? 3 : done(0);
   if (const int status = checkFileOperands("encoding", a, kEncodingHelp); status != 0) {
     return status;
@@ -119,9 +159,23 @@ int commandEncoding(const std::vector<std::string>& args) {
     try {
       const String name = fromSystemBytes(path);
       const enumFileEncoding e = files.TextFileEncoding(name);
-      const std::int32_t cp = files.CodePageCheck(0, e);
-      put(path + "\t" + encodingName(e) + "\t" + std::to_string(e) + "\t" + std::to_string(cp) +
-          "\n");
+      std::int32_t cp = files.CodePageCheck(0, e);
+      // "The system's code page" (0) is answered as the page it is, which a script can use.
+      if (cp == 0 && e != encBIN) cp = SystemUtilities().GetWindowsCodePage();
+      const std::string charset = charsetName(cp);
+      if (a.has("--json")) {
+        std::string line = "{\"file\":";
+        appendQuoted(line, name);
+        line += ",\"encoding\":\"" + std::string(encodingName(e)) +
+                "\",\"number\":" + std::to_string(e) + ",\"bom\":" + std::to_string(bomSize(e)) +
+                ",\"codePage\":" + std::to_string(cp) +
+                ",\"charset\":" + (charset.empty() ? std::string("null") : "\"" + charset + "\"") +
+                "}\n";
+        put(line);
+      } else {
+        put(path + "\t" + encodingName(e) + "\t" + std::to_string(e) + "\t" + std::to_string(cp) +
+            "\t" + charset + "\n");
+      }
     } catch (const Error& e) {
       std::fprintf(stderr, "orvo encoding: %s: %s\n", path.c_str(),
                    toUtf8(e.description()).c_str());
