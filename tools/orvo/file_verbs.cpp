@@ -166,15 +166,17 @@ int commandEncoding(const std::vector<std::string>& args) {
       if (a.has("--json")) {
         std::string line = "{\"file\":";
         appendQuoted(line, name);
-        line += ",\"encoding\":\"" + std::string(encodingName(e)) +
-                "\",\"number\":" + std::to_string(e) + ",\"bom\":" + std::to_string(bomSize(e)) +
-                ",\"codePage\":" + std::to_string(cp) +
-                ",\"charset\":" + (charset.empty() ? std::string("null") : "\"" + charset + "\"") +
-                "}\n";
+        line.append(",\"encoding\":\"").append(encodingName(e));
+        line.append("\",\"number\":").append(std::to_string(e));
+        line.append(",\"bom\":").append(std::to_string(bomSize(e)));
+        line.append(",\"codePage\":").append(std::to_string(cp)).append(",\"charset\":");
+        line.append(charset.empty() ? "null" : "\"" + charset + "\"").append("}\n");
         put(line);
       } else {
-        put(path + "\t" + encodingName(e) + "\t" + std::to_string(e) + "\t" + std::to_string(cp) +
-            "\t" + charset + "\n");
+        std::string line = path;
+        line.append("\t").append(encodingName(e)).append("\t").append(std::to_string(e));
+        line.append("\t").append(std::to_string(cp)).append("\t").append(charset).append("\n");
+        put(line);
       }
     } catch (const Error& e) {
       std::fprintf(stderr, "orvo encoding: %s: %s\n", path.c_str(),
