@@ -21,6 +21,9 @@ struct TextFileConversion {
   // Unset: a Unicode target (65001, 1200, 1201) starts with its BOM, as new files do; any other
   // target never has one.
   std::optional<bool> bom;
+  // Refuse a lossy conversion: when the target cannot hold a character of the text, nothing is
+  // written (an existing target stays as it was) and the failure is Unrepresentable.
+  bool strict = false;
 };
 
 enum class ConversionFailure {
@@ -32,11 +35,15 @@ enum class ConversionFailure {
   OpenTarget,
   ReadSource,
   WriteTarget,
+  Unrepresentable,  // strict, and the target cannot hold every character: nothing is written
 };
 
 struct ConversionResult {
   ConversionFailure failure = ConversionFailure::None;
   std::error_code error;  // the system's reason when a file could not be opened
+  // Characters the target code page could not hold, written as the platform writes them (its
+  // default character '?' or a near character: "ā" as "a" in 1252); 0 for a Unicode target.
+  std::int64_t unrepresentable = 0;
 };
 
 // Converts source into target (created, or replaced as one step: the new content goes to a

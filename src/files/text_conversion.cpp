@@ -125,6 +125,24 @@ std::string_view encode(std::u16string_view text, std::int32_t to,
   return {reinterpret_cast<const char*>(encoded.data()), n};
 }
 
+// How many characters of text the encoded bytes do not give back: those the target page wrote
+// as its default character or as a near one. Both sides hold whole characters.
+std::int64_t unrepresentableIn(std::u16string_view text, std::string_view bytes,
+                               const platform::Converter& target,
+                               runtime::Buffer<char16_t>& decoded) {
+  if (decoded.size() < bytes.size() + 1) decoded.resize(bytes.size() + 1);
+  const std::size_t n = target.toWide(
+      {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}, decoded.data());
+  const std::size_t common = std::min(n, text.size());
+  std::int64_t count = 0;
+  for (std::size_t i = 0; i < common; ++i) count += decoded[i] != text[i] ? 1 : 0;
+  return count + static_cast<std::int64_t>(std::max(n, text.size()) - common);
+}
+
+bool isUnicodePage(std::int32_t codePage) {
+  return codePage == CP_UTF16_LE || codePage == CP_UTF16_BE || codePage == CP_UTF8;
+}
+
 }  // namespace
 
 ConversionResult ConvertTextFile(const std::filesystem::path& source,
@@ -179,6 +197,11 @@ ConversionResult ConvertTextFile(const std::filesystem::path& source,
   runtime::Buffer<std::uint8_t> buffer(kChunk * 2);
   runtime::Buffer<char16_t> units(kChunk * 2 + 1);
   runtime::Buffer<std::uint8_t> encoded;
+  // A legacy target is checked by decoding what was encoded: a character that does not come
+  // back was not held.
+  const bool checkLoss = !isUnicodePage(conversion.to);
+  runtime::Buffer<char16_t> decodedBack;
+  std::int64_t unrepresentable = 0;
   std::size_t held = 0;   // bytes at the buffer's start that wait for the rest of a character
   bool heldUnit = false;  // a lead surrogate at units[0] whose pair comes with the next chunk
   std::int64_t doneBytes = 0;
@@ -199,14 +222,23 @@ ConversionResult ConvertTextFile(const std::filesystem::path& source,
     held = filled - cut;
     heldUnit = !last && count > 0 && isLeadSurrogate(units[count - 1]);
     const std::size_t complete = heldUnit ? count - 1 : count;
-    ok = ok && write(encode(std::u16string_view(units.data(), complete), conversion.to, encoder,
-                            encoded));
+    const std::u16string_view text(units.data(), complete);
+    const std::string_view bytesOut = encode(text, conversion.to, encoder, encoded);
+    if (checkLoss) {
+      unrepresentable += unrepresentableIn(text, bytesOut, encoder, decodedBack);
+      if (conversion.strict && unrepresentable > 0) {
+        return {ConversionFailure::Unrepresentable, {}, unrepresentable};
+      }
+    }
+    ok = ok && write(bytesOut);
     if (heldUnit) units[0] = units[count - 1];
     if (progress) progress(doneBytes);
     if (last || !ok) break;
   }
-  if (!ok || !out.commit(error)) return {ConversionFailure::WriteTarget, reasonOf(error)};
-  return {};
+  if (!ok || !out.commit(error)) {
+    return {ConversionFailure::WriteTarget, reasonOf(error), unrepresentable};
+  }
+  return {ConversionFailure::None, {}, unrepresentable};
 }
 
 }  // namespace orvo

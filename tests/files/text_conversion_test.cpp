@@ -48,6 +48,50 @@ TEST_F(TextConversionTest, ReEncodesWithTheBomTheCallerChose) {
   }
 }
 
+// A legacy target counts the characters it cannot hold, across read buffers; strict refuses
+// them and leaves the target as it was.
+TEST_F(TextConversionTest, LostCharactersAreCountedAndStrictRefusesThem) {
+  struct Case {
+    const char* name;
+    std::string utf8;
+    std::int32_t to;
+    std::int64_t lost;
+  };
+  const std::string kanji = "\xE6\x97\xA5";         // 日, in 932, not in 1252
+  const std::string aMacron = "\xC4\x81";           // ā, best fit "a" in 1252, "?" in 932
+  const std::string grinning = "\xF0\x9F\x98\x80";  // a pair: two characters lost
+  const std::vector<Case> cases = {
+      {"plain ASCII", "plain text\r\n", 1252, 0},
+      {"western accents", "M\xC3\xBCller, caf\xC3\xA9", 1252, 0},
+      {"a kanji", "x" + kanji + "y", 1252, 1},
+      {"a kanji in 932", "x" + kanji + "y", 932, 0},
+      {"best fit", aMacron, 1252, 1},
+      {"no fit in 932", aMacron + kanji, 932, 1},
+      {"a surrogate pair", grinning, 1252, 2},
+      {"a question mark kept", "?" + std::string("?"), 1252, 0},
+      {"across buffers", repeat("a", kChunk - 1) + kanji + repeat(kanji, 3), 1252, 4},
+      {"to UTF-8", kanji + grinning, 65001, 0},
+      {"to UTF-16", kanji + grinning, 1200, 0},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::string in = std::string("lost_") + c.name;
+    write(in, kUtf8Bom + c.utf8);
+    const ConversionResult r = ConvertTextFile(dir_ / in, dir_ / "lossy", {c.to, {}, false});
+    EXPECT_EQ(r.failure, ConversionFailure::None);
+    EXPECT_EQ(r.unrepresentable, c.lost);
+    write("kept", "before");
+    const ConversionResult strict =
+        ConvertTextFile(dir_ / in, dir_ / "kept", {c.to, {}, false, true});
+    EXPECT_EQ(strict.failure,
+              c.lost > 0 ? ConversionFailure::Unrepresentable : ConversionFailure::None);
+    EXPECT_EQ(read("kept") == "before", c.lost > 0) << "a refused conversion writes nothing";
+    if (c.lost == 0) {
+      EXPECT_EQ(read("kept"), read("lossy"));
+    }
+  }
+}
+
 TEST_F(TextConversionTest, CharactersCutByTheReadBufferComeOutWhole) {
   struct Case {
     const char* name;

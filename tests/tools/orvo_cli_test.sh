@@ -237,6 +237,31 @@ cd "$work" || exit 1
 expect 0 "2	-dash" -- lines -- -dash
 expect 0 "2	./-dash" -- lines ./-dash
 cd - > /dev/null || exit 1
+# A character the file's code page cannot hold is stored as the platform stores it, and said;
+# with --strict nothing is written.
+said=$(LC_ALL=en_US.UTF-8 "$orvo" ini set "$work/lossy.ini" S K 'Müller 日本' 2>&1 >/dev/null)
+if [[ "$said" != *"2 characters that the file's code page (1252) cannot hold"* ||
+      $(od -An -c "$work/lossy.ini" | tr -d ' \n') != '[S]\r\nK=M374ller??\r\n' ]]; then
+  printf 'FAIL: a lossy ini set\n  said: %s\n  wrote: %s\n' "$said" "$(od -An -c "$work/lossy.ini")"
+  fails=$((fails + 1))
+fi
+expect 1 "" -- ini set --strict "$work/strict.ini" S K 'Müller 日本'
+expect 0 "" -- ini set --strict "$work/strict.ini" S K 'Müller'
+expect 0 "Müller" -- ini get "$work/strict.ini" S K
+expect 2 "" -- ini get --strict "$work/strict.ini" S K
+printf '\xef\xbb\xbfM\xc3\xbcller \xe6\x97\xa5\xe6\x9c\xac\r\n' > "$work/japanese.txt"
+said=$("$orvo" convert --to 1252 "$work/japanese.txt" "$work/western.txt" 2>&1 >/dev/null)
+if [[ "$said" != *"2 characters that code page 1252 cannot hold"* ]]; then
+  printf 'FAIL: a lossy convert said: %s\n' "$said"
+  fails=$((fails + 1))
+fi
+expect 1 "" -- convert --strict --to 1252 "$work/japanese.txt" "$work/never.txt"
+printf '\xef\xbb\xbf\xe6\x97\xa5\xe6\x9c\xac\r\n' > "$work/kanji.txt"
+expect 0 "" -- convert --strict --to 932 "$work/kanji.txt" "$work/sjis.txt"
+if [[ -e "$work/never.txt" ]]; then
+  echo "FAIL: a refused strict conversion wrote its target"
+  fails=$((fails + 1))
+fi
 expect 0 "" -- ini set "$work/s.ini" Sec negative -5
 expect 0 "-5" -- ini get "$work/s.ini" Sec negative
 expect 0 '{"result":-1}' -- call MathsUtilities.RoundUp -1.5

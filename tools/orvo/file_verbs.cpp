@@ -35,13 +35,16 @@ constexpr const char* kLinesHelp =
     "Exit status: 0 every file counted, 1 a file is missing or unreadable (the others are\n"
     "still counted), 2 usage.\n";
 constexpr const char* kConvertHelp =
-    "usage: orvo convert --to CODEPAGE [--from CODEPAGE] [--bom|--no-bom] IN OUT\n"
+    "usage: orvo convert --to CODEPAGE [--from CODEPAGE] [--bom|--no-bom] [--strict] IN OUT\n"
     "Re-encodes a text file, streaming. The source is read in its detected encoding (after its\n"
     "BOM), or as --from says. CODEPAGE: 0 (the system ANSI code page), 65001 (UTF-8), 1200\n"
     "(UTF-16 LE), 1201 (UTF-16 BE) or a Windows code page such as 1252 or 932. A Unicode\n"
-    "target gets a BOM unless --no-bom.\n"
+    "target gets a BOM unless --no-bom. Characters a legacy target cannot hold are written as\n"
+    "Windows writes them ('?' or a near character) and counted on standard error; with\n"
+    "--strict they are an error and nothing is written.\n"
     "Exit status: 0 converted, 1 nothing written (unreadable input, a code page that cannot be\n"
-    "read or written, OUT is IN, a failed write: OUT is left as it was), 2 usage.\n";
+    "read or written, OUT is IN, a failed write, --strict and a character lost: OUT is left as\n"
+    "it was), 2 usage.\n";
 
 const char* encodingName(std::int32_t e) {
   static const char* const kNames[] = {
@@ -216,8 +219,11 @@ int commandLines(const std::vector<std::string>& args) {
 
 ConvertParse parseConvertArguments(const std::vector<std::string>& args) {
   ConvertParse parse;
-  const Arguments a = splitArguments(
-      args, {{"--to", true}, {"--from", true}, {"--bom", false}, {"--no-bom", false}});
+  const Arguments a = splitArguments(args, {{"--to", true},
+                                            {"--from", true},
+                                            {"--bom", false},
+                                            {"--no-bom", false},
+                                            {"--strict", false}});
   if (a.help) {
     parse.help = true;
     return parse;
@@ -229,6 +235,10 @@ ConvertParse parseConvertArguments(const std::vector<std::string>& args) {
   ConvertOptions options;
   bool haveTo = false;
   for (const auto& [name, value] : a.options) {
+    if (name == "--strict") {
+      options.strict = true;
+      continue;
+    }
     if (name == "--bom" || name == "--no-bom") {
       options.bom = name == "--bom";
       continue;
@@ -285,15 +295,27 @@ int commandConvert(const std::vector<std::string>& args) {
   }
   try {
     const ConversionResult result = ConvertTextFile(
-        o.in, o.out, {o.to, o.from, o.bom},
+        o.in, o.out, {o.to, o.from, o.bom, o.strict},
         [&](std::int64_t doneBytes) { progress("convert", o.in, doneBytes, size); });
     const auto report = [](const std::string& file, const std::string& reason) {
       std::fprintf(stderr, "orvo convert: %s: %s\n", file.c_str(), reason.c_str());
       return 1;
     };
+    const auto lost = [&] {
+      return std::to_string(result.unrepresentable) +
+             (result.unrepresentable == 1 ? " character" : " characters") + " that code page " +
+             std::to_string(o.to) + " cannot hold";
+    };
     switch (result.failure) {
       case ConversionFailure::None:
+        // The bytes are what the platform writes; the loss is said, as iconv says it.
+        if (result.unrepresentable > 0) {
+          std::fprintf(stderr, "orvo convert: %s: %s were written as '?' or a near character\n",
+                       o.out.c_str(), lost().c_str());
+        }
         return 0;
+      case ConversionFailure::Unrepresentable:
+        return report(o.in, "holds " + lost() + " (--strict): nothing was written");
       case ConversionFailure::UnsupportedSource:
         return report(o.in, o.from ? "code page " + std::to_string(*o.from) + " cannot be read"
                                    : std::string("UTF-32 is not supported"));

@@ -12,6 +12,7 @@ struct ConvertOptions {
   std::int32_t to = 0;
   std::optional<std::int32_t> from;
   std::optional<bool> bom;  // unset: a Unicode target gets one, as new files do
+  bool strict = false;      // a character the target cannot hold is an error, nothing written
   std::string in;
   std::string out;
 };

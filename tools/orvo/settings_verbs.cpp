@@ -15,15 +15,20 @@ namespace {
 
 constexpr const char* kIniHelp =
     "usage: orvo ini get FILE SECTION KEY [DEFAULT]   the value (DEFAULT if it is missing)\n"
-    "       orvo ini set FILE SECTION KEY VALUE       write one value (the file is created)\n"
+    "       orvo ini set [--strict] FILE SECTION KEY VALUE   write one value (the file is\n"
+    "                                                 created)\n"
     "       orvo ini delete FILE SECTION [KEY]        remove a key, or a whole section\n"
     "       orvo ini list FILE [SECTION]              the sections, or a section's KEY=VALUE\n"
     "Values are read and written as the INI class does: one pair of enclosing quotes is\n"
     "stripped on reading, a value with edge blanks is written in quotes, ANSI files in the\n"
     "system code page, UTF-16 files as UTF-16. A write changes only the line it concerns.\n"
+    "Characters an ANSI file cannot hold are stored as Windows stores them ('?' or a near\n"
+    "character) and counted on standard error; with --strict they are an error and nothing\n"
+    "is written.\n"
     "Exit status: 0 done (get: the value, even empty, or DEFAULT for a missing key); 1 the\n"
     "file does not exist (get, list), the key is missing and no DEFAULT was given (get), no\n"
-    "such section (list), or the file could not be written (set, delete); 2 usage.\n";
+    "such section (list), the file could not be written (set, delete), or --strict and a\n"
+    "character lost (set); 2 usage.\n";
 
 constexpr const char* kLogHelp =
     "usage: orvo log [--app DIR NAME] MESSAGE\n"
@@ -49,14 +54,51 @@ int writeFailure(const std::string& file, std::uint32_t error) {
   return 1;
 }
 
+// Characters of the texts that a write into the file cannot keep. Settings files are written
+// in the system's ANSI code page unless they are UTF-16 LE (a UTF-8 file included, as the
+// platform does); a character is lost when its bytes in that page do not give it back.
+std::int64_t unrepresentable(const String& file, std::initializer_list<String> texts) {
+  FileSubs files;
+  if (files.FileExists(file) == VBool::True) {
+    const enumFileEncoding e = files.TextFileEncoding(file);
+    if (e == encUTF16_LE || e == encUTF16_LE_NB) return 0;
+  }
+  const std::int32_t page = SystemUtilities().GetWindowsCodePage();
+  std::int64_t lost = 0;
+  for (const String& t : texts) {
+    Variant bytes = files.FromVBStringToBytes(t, page);
+    const String back = files.FromBytesToVBString(*bytes.array(), page);
+    const std::size_t common = std::min(back.size(), t.size());
+    for (std::size_t i = 0; i < common; ++i) lost += back[i] != t[i] ? 1 : 0;
+    lost += static_cast<std::int64_t>(std::max(back.size(), t.size()) - common);
+  }
+  return lost;
+}
+
+std::string lostText(std::int64_t lost) {
+  return std::to_string(lost) + (lost == 1 ? " character" : " characters") +
+         " that the file's code page (" + std::to_string(SystemUtilities().GetWindowsCodePage()) +
+         ") cannot hold";
+}
+
 }  // namespace
 
 int commandIni(const std::vector<std::string>& all) {
-  // Values may start with "-": options only come before the first word.
-  const Arguments parsed = splitArguments(all, {}, OptionPlacement::BeforeOperands);
+  // Values may start with "-": options come before the action or right after it, before the
+  // file.
+  const Arguments head = splitArguments(all, {}, OptionPlacement::BeforeOperands);
+  if (head.help) return std::fputs(kIniHelp, stdout) < 0 ? 3 : done(0);
+  if (!head.error.empty()) return usageError("ini", head.error, kIniHelp);
+  if (head.operands.empty()) return usage(kIniHelp);
+  const Arguments parsed =
+      splitArguments(std::vector<std::string>(head.operands.begin() + 1, head.operands.end()),
+                     {{"--strict", false}}, OptionPlacement::BeforeOperands);
   if (parsed.help) return std::fputs(kIniHelp, stdout) < 0 ? 3 : done(0);
   if (!parsed.error.empty()) return usageError("ini", parsed.error, kIniHelp);
-  const std::vector<std::string>& args = parsed.operands;
+  std::vector<std::string> args = parsed.operands;
+  args.insert(args.begin(), head.operands[0]);
+  const bool strict = parsed.has("--strict");
+  if (strict && args[0] != "set") return usageError("ini", "--strict is for set", kIniHelp);
   if (args.size() < 2) return usage(kIniHelp);
   const std::string& verb = args[0];
   const std::string& file = args[1];
@@ -101,8 +143,20 @@ int commandIni(const std::vector<std::string>& all) {
       return done(0);
     }
     if (verb == "set" && args.size() == 5) {
+      const std::int64_t lost =
+          unrepresentable(text(file), {section, text(args[3]), text(args[4])});
+      if (lost > 0 && strict) {
+        std::fprintf(stderr, "orvo ini: %s: %s (--strict): nothing was written\n", file.c_str(),
+                     lostText(lost).c_str());
+        return 1;
+      }
       INI ini;
       if (ini.PutStringToINI(text(file), section, text(args[3]), text(args[4])) == VBool::True) {
+        // Stored as the platform stores them; said, so that the loss is not silent.
+        if (lost > 0) {
+          std::fprintf(stderr, "orvo ini: %s: %s, written as '?' or a near character\n",
+                       file.c_str(), lostText(lost).c_str());
+        }
         return done(0);
       }
       // The reason of the one attempt that failed; asking again could succeed.
