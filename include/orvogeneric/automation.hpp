@@ -59,6 +59,12 @@ ORVO_API const ClassInfo* findClass(std::string_view name) noexcept;
 ORVO_API const MemberInfo* findMember(const ClassInfo& cls, std::string_view name,
                                       MemberKind kind) noexcept;
 
+// Raises what a call raises when value is passed for a parameter of this declared type (Type
+// mismatch, 13; Overflow, 6), without calling anything: for tools that name the argument at
+// fault. Values a call would take return quietly; so does a parameter of an object type, whose
+// class is checked by the call itself.
+ORVO_API void checkArgument(const ParamInfo& param, const Variant& value);
+
 // The implicit instance that serves calls on a global class without an instance; created on
 // first use, with the class's creation side effects. Raises 429 for a class that is not global.
 ORVO_API std::shared_ptr<Object> globalInstance(std::string_view className);

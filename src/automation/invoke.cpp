@@ -38,6 +38,35 @@ std::uint8_t coerceByte(const Variant& v) { return runtime::CByteV(present(v), r
 Currency coerceCurrency(const Variant& v) { return runtime::CCur(present(v), regional()); }
 Date coerceDate(const Variant& v) { return runtime::CDate(present(v), regional()); }
 
+void checkArgument(const ParamInfo& param, const Variant& value) {
+  const std::string_view type = param.type;
+  if (type.ends_with("[]")) {
+    // An array parameter takes an array, of whatever element type: the call coerces no further.
+    if (!value.isArray() && !(param.optional && value.isMissing())) raiseTypeMismatch();
+    return;
+  }
+  if (param.optional && value.isMissing()) return;
+  if (type == "String") {
+    (void)coerceString(value);
+  } else if (type == "Boolean") {
+    (void)coerceBoolean(value);
+  } else if (type == "Integer") {
+    (void)coerceInteger(value);
+  } else if (type == "Long" || type.starts_with("enum") || type.ends_with("Enum")) {
+    (void)coerceLong(value);
+  } else if (type == "Single") {
+    (void)coerceSingle(value);
+  } else if (type == "Double") {
+    (void)coerceDouble(value);
+  } else if (type == "Byte") {
+    (void)coerceByte(value);
+  } else if (type == "Currency") {
+    (void)coerceCurrency(value);
+  } else if (type == "Date") {
+    (void)coerceDate(value);
+  }
+}
+
 std::shared_ptr<Collection> coerceCollection(const Variant& v) {
   if (v.isEmpty() || v.isMissing()) return nullptr;
   const auto* object = v.object();

@@ -90,6 +90,65 @@ TEST(RegistryTest, LookupIsCaseInsensitive) {
   EXPECT_EQ(findClass("NoSuchClass"), nullptr);
 }
 
+// The check a tool makes to name a refused argument gives the verdict the call's coercion gives:
+// per declared type, values taken, refused (13) and out of range (6); and, for one member,
+// against the call itself.
+TEST(InvokeTest, CheckedArgumentsAreRefusedAsTheCallRefusesThem) {
+  const auto verdict = [](const ParamInfo& p, const Variant& v) {
+    try {
+      checkArgument(p, v);
+      return 0;
+    } catch (const Error& e) {
+      return e.number();
+    }
+  };
+  struct Case {
+    const char* type;
+    Variant value;
+    std::int32_t error;
+  };
+  const std::vector<Case> cases = {
+      {"String", Variant(2.5), 0},
+      {"String", Variant::array({}), 13},
+      {"Double", Variant(u"abc"), 13},
+      {"Double", Variant(u"2.5"), 0},
+      {"Long", Variant(1e12), 6},
+      {"Long", Variant(u"12"), 0},
+      {"Integer", Variant(70000.0), 6},
+      {"Byte", Variant(std::int32_t{-1}), 6},
+      {"Boolean", Variant(u"maybe"), 13},
+      {"Boolean", Variant(u"true"), 0},
+      {"Date", Variant(u"not a date"), 13},
+      {"Currency", Variant(u"1.25"), 0},
+      {"enumFileEncoding", Variant(u"x"), 13},
+      {"CreateMutexEnum", Variant(std::int32_t{1}), 0},
+      {"Variant[]", Variant(1.0), 13},
+      {"Variant[]", Variant::array({Variant(1.0)}), 0},
+      {"Variant", Variant(u"anything"), 0},
+      {"Object", Variant(u"text"), 0},  // left to the call, which knows the class
+  };
+  test::ScopedLocale locale("en_US.UTF-8");
+  for (const Case& c : cases) {
+    const ParamInfo p{"p", c.type, Direction::In, false, false, nullptr};
+    EXPECT_EQ(verdict(p, c.value), c.error) << c.type;
+  }
+  const ParamInfo optional{"p", "Double", Direction::In, true, false, nullptr};
+  EXPECT_EQ(verdict(optional, Variant::missing()), 0) << "an omitted optional takes its default";
+  // Against the call itself: RoundUp's value is a Double.
+  MathsUtilities maths;
+  const auto* m = findMember(*findClass("MathsUtilities"), "RoundUp", MemberKind::Method);
+  ASSERT_NE(m, nullptr);
+  for (const Variant& v : {Variant(u"abc"), Variant(u"2.5"), Variant::array({})}) {
+    std::int32_t called = 0;
+    try {
+      (void)invoke(maths, "RoundUp", {v});
+    } catch (const Error& e) {
+      called = e.number();
+    }
+    EXPECT_EQ(verdict(m->params[0], v), called);
+  }
+}
+
 TEST(InvokeTest, ArgumentsBindLikeAnAutomationHost) {
   StringUtilities strings;
   MathsUtilities maths;

@@ -23,13 +23,13 @@ expect 0 '{"result":false,"byref":{"Index":0}}' -- call MathsUtilities.IsLongInA
 # An optional answer the caller did not ask for is neither worked out nor shown.
 expect 0 '{"result":true}' -- call MathsUtilities.IsLongInArray 5 '[1,5,5]'
 expect 1 '{"error":{"number":-2147220991,"description":"Maximum number of valid sig figs is 14\r\nError handled by dSigFigs","source":""}}' -- call MathsUtilities.RoundToNumSigFigs 1 15
-expect 1 '{"error":{"number":13,"description":"Type mismatch","source":""}}' -- call MathsUtilities.RoundUp abc
+expect 1 '{"error":{"number":13,"description":"Type mismatch","source":"","parameter":"value","expected":"Double"}}' -- call MathsUtilities.RoundUp abc
 expect 1 '{"error":{"number":438,"description":"Object doesn'"'"'t support this property or method: MathsUtilities.NoSuchThing","source":"orvo"}}' -- call MathsUtilities.NoSuchThing
 expect 1 '{"error":{"number":429,"description":"ActiveX component can'"'"'t create object: no class Nope","source":"orvo"}}' -- call Nope.Member
 expect 1 '{"error":{"number":449,"description":"Argument not optional","source":""}}' -- call MathsUtilities.RoundUp
 expect 1 '{"error":{"number":448,"description":"Named argument not found","source":""}}' -- call MathsUtilities.RoundUp Bogus:=1
 expect 0 '{"result":"allowed:"}' -- call StringUtilities.BannedCharExtender_Allowed
-expect 0 '{"result":"a\"b"}' -- call StringUtilities.EncodeQuotes '"a\"b"'
+expect 0 '{"result":"a\"b"}' -- call StringUtilities.EncodeQuotes 'a"b'
 expect 0 '{"result":"it`s"}' -- call StringUtilities.EncodeQuotes "it's"
 expect 0 '{"result":2}' -- call MathsUtilities.RoundUp 1.2
 # An array the call changes is an answer and comes back; a value passed by reference too.

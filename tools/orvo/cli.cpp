@@ -4,6 +4,7 @@
 #include <cctype>
 #include <exception>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "orvogeneric/automation.hpp"
@@ -44,6 +45,53 @@ std::pair<std::string, std::string> splitTarget(const std::string& target) {
              target.substr(0, 80) + "\"");
   }
   return {target.substr(0, dot), target.substr(dot + 1)};
+}
+
+// The declared parameters of the member a call will reach, when the registry knows it.
+std::span<const automation::ParamInfo> parametersOf(Object& target, const std::string& member) {
+  const auto* cls = automation::findClass(target.className());
+  if (cls == nullptr) return {};
+  const auto* m = automation::findMember(*cls, member, automation::MemberKind::Method);
+  if (m == nullptr) m = automation::findMember(*cls, member, automation::MemberKind::PropertyGet);
+  return m != nullptr ? m->params : std::span<const automation::ParamInfo>();
+}
+
+const automation::ParamInfo* parameterNamed(std::span<const automation::ParamInfo> params,
+                                            std::string_view name) {
+  for (const auto& p : params) {
+    if (p.name.size() == name.size() &&
+        std::equal(p.name.begin(), p.name.end(), name.begin(), [](char a, char b) {
+          return std::tolower(static_cast<unsigned char>(a)) ==
+                 std::tolower(static_cast<unsigned char>(b));
+        })) {
+      return &p;
+    }
+  }
+  return nullptr;
+}
+
+// The first argument the member's declared types would refuse, named: the call would raise the
+// same error without saying which argument it was.
+std::optional<std::pair<Error, ArgumentFault>> argumentFault(const Call& call) {
+  if (call.let) return std::nullopt;
+  const auto params = parametersOf(*call.target, call.member);
+  const auto check = [&](const automation::ParamInfo* p,
+                         const Variant& value) -> std::optional<std::pair<Error, ArgumentFault>> {
+    if (p == nullptr) return std::nullopt;
+    try {
+      automation::checkArgument(*p, value);
+    } catch (const Error& e) {
+      return std::pair(e, ArgumentFault{std::string(p->name), std::string(p->type)});
+    }
+    return std::nullopt;
+  };
+  for (std::size_t i = 0; i < call.args.size() && i < params.size(); ++i) {
+    if (auto fault = check(&params[i], call.args[i])) return fault;
+  }
+  for (const auto& n : call.named) {
+    if (auto fault = check(parameterNamed(params, n.name), n.value)) return fault;
+  }
+  return std::nullopt;
 }
 
 std::string run(Call call, ObjectTable& objects) {
@@ -106,6 +154,7 @@ std::string batchLine(std::string_view line, ObjectTable& objects) {
     call.args = std::move(request.args);
     call.named = std::move(request.named);
     call.let = std::move(request.let);
+    if (const auto fault = argumentFault(call)) return errorJson(fault->first, &fault->second);
     return run(std::move(call), objects);
   } catch (const Error& e) {
     return errorJson(e);
@@ -121,6 +170,13 @@ CallAnswer callLine(int argc, const char* const* argv, ObjectTable& objects) {
            "Invalid procedure call or argument: orvo call Class.Member [ARG...]");
     const auto [className, member] = splitTarget(argv[2]);
     Call call{classInstance(className), member, {}, {}, std::nullopt};
+    // Words are read by the type the member declares: a String parameter takes the text as
+    // typed ("1.50" stays 1.50, "true" stays true); the others take JSON, or a bare word.
+    const auto params = parametersOf(*call.target, call.member);
+    const auto fromText = [&](const automation::ParamInfo* p, const std::string& text) {
+      if (p != nullptr && p->type == "String") return Variant(fromSystemBytes(text));
+      return argumentFromText(text, objects);
+    };
     for (int i = 3; i < argc; ++i) {
       const std::string_view arg = argv[i];
       // Name:=value names a parameter (a name is a letter or _, then letters, digits, _).
@@ -132,15 +188,20 @@ CallAnswer callLine(int argc, const char* const* argv, ObjectTable& objects) {
             return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
           });
       if (named) {
-        call.named.push_back({std::string(arg.substr(0, assign)),
-                              argumentFromText(std::string(arg.substr(assign + 2)), objects)});
+        const std::string name(arg.substr(0, assign));
+        call.named.push_back(
+            {name, fromText(parameterNamed(params, name), std::string(arg.substr(assign + 2)))});
       } else {
         if (!call.named.empty()) {
           fail(errInvalidProcedureCall,
                "Invalid procedure call or argument: positional after named");
         }
-        call.args.push_back(argumentFromText(std::string(arg), objects));
+        const std::size_t at = call.args.size();
+        call.args.push_back(fromText(at < params.size() ? &params[at] : nullptr, std::string(arg)));
       }
+    }
+    if (const auto fault = argumentFault(call)) {
+      return {errorJson(fault->first, &fault->second), false};
     }
     return {run(std::move(call), objects), true};
   } catch (const Error& e) {

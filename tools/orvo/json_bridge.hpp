@@ -65,6 +65,11 @@ BatchRequest parseBatchLine(std::string_view line, const ObjectTable& objects);
 void appendJson(std::string& out, const Variant& v, ObjectTable& objects);
 void appendQuoted(std::string& out, std::u16string_view text);
 std::string quote(std::u16string_view text);
-std::string errorJson(const Error& e);
+// The argument a coercion error was raised for, named beside the runtime's own description.
+struct ArgumentFault {
+  std::string parameter;
+  std::string expected;  // the declared type: "Double", "Long", "String[]", ...
+};
+std::string errorJson(const Error& e, const ArgumentFault* fault = nullptr);
 
 }  // namespace orvo::cli

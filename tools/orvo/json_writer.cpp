@@ -208,13 +208,19 @@ void appendJson(std::string& out, const Variant& v, ObjectTable& objects) {
   }
 }
 
-std::string errorJson(const Error& e) {
+std::string errorJson(const Error& e, const ArgumentFault* fault) {
   std::string out = R"({"error":{"number":)";
   appendInteger(out, e.number());
   out += R"(,"description":)";
   appendQuoted(out, e.description());
   out += R"(,"source":)";
   appendQuoted(out, e.source());
+  if (fault != nullptr) {
+    out += R"(,"parameter":)";
+    appendQuoted(out, fromUtf8(fault->parameter));
+    out += R"(,"expected":)";
+    appendQuoted(out, fromUtf8(fault->expected));
+  }
   return out + "}}";
 }
 

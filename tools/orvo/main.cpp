@@ -40,7 +40,8 @@ constexpr const char* kUsage =
     "  orvo strings [--json] [--language L] DLL [ID...] a satellite library's string tables\n"
     "  orvo --version                                   the tool's and the library's version\n"
     "Each verb takes --help.\n"
-    "ARG is JSON; a bare word that is not JSON is a string.\n"
+    "ARG is read by the member's declared type: a String takes the text as typed, the others\n"
+    "JSON (a bare word that is not JSON is a string).\n"
     "A batch line: {\"call\": \"Class.Member\", \"args\": [...], \"named\": {\"Param\": ...}}\n"
     "              {\"object\": H, \"call\": \"Member\", ...}   a member of a returned object\n"
     "              {\"call\": \"Class.Property\", \"let\": value}\n"
@@ -69,7 +70,9 @@ constexpr const char* kCallHelp =
     "Calls one member of a global class (orvo members lists them) and prints the answer as one\n"
     "JSON line: {\"result\": ...} with \"byref\" for in/out arguments, or {\"error\": "
     "{\"number\",\n"
-    "\"description\", \"source\"}}. ARG is JSON; a bare word that is not JSON is a string.\n"
+    "\"description\", \"source\"}} (with \"parameter\" and \"expected\" when an argument does not\n"
+    "fit its declared type). ARG is read by that type: a String parameter takes the text as\n"
+    "typed; the others take JSON, and a bare word that is not JSON is a string.\n"
     "Exit status: 0 answered, 1 the member raised an error (or no such class or member),\n"
     "2 usage, 3 the answer could not be written.\n";
 
