@@ -25,6 +25,7 @@ struct ParamInfo {
   bool optional;
   bool hasDefault;
   Variant (*defaultValue)();  // nullptr unless hasDefault
+  std::string_view doc;       // one line: what the parameter takes
 };
 
 using Invoker = Variant (*)(Object& self, std::vector<Variant>& args);
@@ -36,12 +37,14 @@ struct MemberInfo {
   std::span<const ParamInfo> params;
   std::string_view resultType;  // "void" for none
   Invoker invoke;
+  std::string_view doc;  // one line: what the member does
 };
 
 // An outgoing event: the object raises it, a listener handles it (a timer's tick).
 struct EventInfo {
   std::string_view name;
   std::span<const ParamInfo> params;
+  std::string_view doc;
 };
 
 struct ClassInfo {

@@ -129,10 +129,10 @@ TEST(InvokeTest, CheckedArgumentsAreRefusedAsTheCallRefusesThem) {
   };
   test::ScopedLocale locale("en_US.UTF-8");
   for (const Case& c : cases) {
-    const ParamInfo p{"p", c.type, Direction::In, false, false, nullptr};
+    const ParamInfo p{"p", c.type, Direction::In, false, false, nullptr, ""};
     EXPECT_EQ(verdict(p, c.value), c.error) << c.type;
   }
-  const ParamInfo optional{"p", "Double", Direction::In, true, false, nullptr};
+  const ParamInfo optional{"p", "Double", Direction::In, true, false, nullptr, ""};
   EXPECT_EQ(verdict(optional, Variant::missing()), 0) << "an omitted optional takes its default";
   // Against the call itself: RoundUp's value is a Double.
   MathsUtilities maths;

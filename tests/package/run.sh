@@ -20,7 +20,8 @@ done
 contents=$(dpkg-deb -c "$deb")
 for path in ./usr/bin/orvo ./usr/lib/libORVOGeneric.so.0 ./usr/include/orvogeneric/classes.hpp \
   ./usr/include/orvogeneric/version.hpp ./usr/lib/pkgconfig/orvogeneric.pc \
-  ./usr/lib/cmake/ORVOGeneric/ORVOGenericConfig.cmake; do
+  ./usr/lib/cmake/ORVOGeneric/ORVOGenericConfig.cmake ./usr/share/man/man1/orvo.1 \
+  ./usr/share/bash-completion/completions/orvo; do
   grep -q " $path" <<<"$contents" || { echo "the package lacks $path" >&2; exit 1; }
 done
 dpkg-deb -x "$deb" "$work/root"

@@ -10,12 +10,13 @@ import unittest
 IDLGEN = os.path.join(os.path.dirname(__file__), "../../tools/idlgen/idlgen.py")
 
 
-def generate(text):
+def generate(text, *options):
     with tempfile.TemporaryDirectory() as work:
         idl = os.path.join(work, "t.idl")
         with open(idl, "w", encoding="utf-8") as f:
             f.write(text)
-        run = subprocess.run([sys.executable, IDLGEN, idl, work], capture_output=True, text=True)
+        run = subprocess.run([sys.executable, IDLGEN, *options, idl, work], capture_output=True,
+                             text=True)
         if run.returncode != 0:
             return None, run.stderr
         out = {}
@@ -52,9 +53,9 @@ class Generated(unittest.TestCase):
         out, err = generate(GOOD)
         self.assertIsNotNone(out, err)
         reg = out["registry_gen.cpp"]
-        self.assertIn('{"Timer", std::span<const ParamInfo>{}},', reg)
-        self.assertIn('{"Progress", Clock_Progress_event_params},', reg)
-        self.assertIn('{"Done", "Long", Direction::In, false, false, nullptr},', reg)
+        self.assertIn('{"Timer", std::span<const ParamInfo>{}, ""},', reg)
+        self.assertIn('{"Progress", Clock_Progress_event_params, ""},', reg)
+        self.assertIn('{"Done", "Long", Direction::In, false, false, nullptr, ""},', reg)
         self.assertIn('{"Tick", MemberKind::Method, 1,', reg)
         self.assertIn("Clock_members, Clock_events}", reg)
 
@@ -62,6 +63,66 @@ class Generated(unittest.TestCase):
         out, err = generate("class A creatable\n  Long B()\nend\n")
         self.assertIsNotNone(out, err)
         self.assertIn("A_members, std::span<const EventInfo>{}}", out["registry_gen.cpp"])
+
+
+DOCUMENTED = '''
+class Clock creatable
+  ## Ticks once; the "speed" picks how far.
+  ## @Speed how fast, in C:\\ticks
+  Long Tick(Long Speed)
+  ## The clock's name.
+  get String Name
+  ## Renames the clock.
+  let String Name
+  ## Raised at each tick.
+  ## @Done how many so far
+  event Progress(Long Done)
+end
+'''
+
+
+class Documented(unittest.TestCase):
+    def test_each_line_reaches_the_header_and_the_registry_escaped(self):
+        out, err = generate(DOCUMENTED, "--require-docs")
+        self.assertIsNotNone(out, err)
+        self.assertIn('  // Ticks once; the "speed" picks how far.\n  //   Speed: how fast, in '
+                      'C:\\ticks\n  std::int32_t Tick(', out["classes.hpp"])
+        reg = out["registry_gen.cpp"]
+        self.assertIn('nullptr, "how fast, in C:\\\\ticks"},', reg)
+        self.assertIn('&Clock_Tick_Method, "Ticks once; the \\"speed\\" picks how far."},', reg)
+        self.assertIn('{"RHS", "String", Direction::In, false, false, nullptr, "the new value"}',
+                      reg)
+        self.assertIn('{"Progress", Clock_Progress_event_params, "Raised at each tick."}', reg)
+
+    def test_a_missing_line_is_refused_only_when_required(self):
+        text = "class A creatable\n  ## Does B.\n  Long B(Long X, Long Y)\n  Long C()\nend\n"
+        out, err = generate(text)
+        self.assertIsNotNone(out, err)
+        out, err = generate(text, "--require-docs")
+        self.assertIsNone(out)
+        self.assertIn("3 without a documentation line: A.B(X), A.B(Y), A.C", err)
+
+    MISTAKES = [
+        ("two member lines", "class A\n  ## One.\n  ## Two.\n  Long B()\nend\n",
+         "has 2 documentation lines"),
+        ("a parameter that is not there", "class A\n  ## B.\n  ## @Z z\n  Long B(Long X)\nend\n",
+         "are not its parameters"),
+        ("parameters out of order",
+         "class A\n  ## B.\n  ## @Y y\n  ## @X x\n  Long B(Long X, Long Y)\nend\n",
+         "in order"),
+        ("a line with nothing below", "class A\n  Long B()\n  ## Orphan.\nend\n",
+         "no member below"),
+        ("an empty line", "class A\n  ##\n  Long B()\nend\n", "cannot read documentation"),
+        ("a parameter without text", "class A\n  ## @X\n  Long B(Long X)\nend\n",
+         "cannot read documentation"),
+    ]
+
+    def test_each_misplaced_line_names_itself(self):
+        for name, text, message in self.MISTAKES:
+            with self.subTest(name):
+                out, err = generate(text)
+                self.assertIsNone(out)
+                self.assertIn(message, err)
 
 
 class Refused(unittest.TestCase):

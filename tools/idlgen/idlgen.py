@@ -4,7 +4,8 @@
 One description feeds both, so a member's C++ signature (types, by-reference parameters,
 defaults) and what late binding knows about it cannot drift apart.
 
-usage: idlgen.py IDL OUTDIR
+usage: idlgen.py [--require-docs] IDL OUTDIR
+(--require-docs: every member, event and parameter must have its "##" line)
 writes OUTDIR/include/orvogeneric/classes.hpp, OUTDIR/include/orvogeneric/enums.hpp and
 OUTDIR/src/registry_gen.cpp
 """
@@ -46,6 +47,7 @@ class Param:
             r"(?P<name>\w+)\s*(=\s*(?P<default>.+?))?\s*", text)
         if not m:
             raise IdlError(f"{where}: cannot read parameter '{text}'")
+        self.doc = ""
         self.inout = bool(m["inout"])
         self.type = m["type"]
         self.array = bool(m["arr"])
@@ -112,6 +114,7 @@ def variant_default(p):
 class Member:
     def __init__(self, line, where, slot):
         self.slot = slot
+        self.doc = ""
         m = re.fullmatch(r"(?P<kind>get|let)\s+(?P<type>\w+)\s+(?P<name>\w+)", line)
         if m:
             self.kind = {"get": "PropertyGet", "let": "PropertyLet"}[m["kind"]]
@@ -176,6 +179,7 @@ class Event:
         m = re.fullmatch(r"event\s+(?P<name>\w+)\((?P<params>.*)\)", line)
         if not m:
             raise IdlError(f"{where}: cannot read event '{line}'")
+        self.doc = ""
         self.name = m["name"]
         body = m["params"].strip()
         self.params = [Param(p, where) for p in split_params(body)] if body else []
@@ -194,8 +198,40 @@ def parse_enum_value(text, where):
     return m["name"], value
 
 
+def attach_docs(item, docs, where):
+    """Gives a member or event the "##" lines above it: one line for itself, then "@Name" for
+    each parameter in order. A property let's value is documented as its property is."""
+    own = [text for name, text in docs if name is None]
+    if len(own) > 1:
+        raise IdlError(f"{where}: {item.name} has {len(own)} documentation lines, not one")
+    item.doc = own[0] if own else ""
+    named = [(name, text) for name, text in docs if name is not None]
+    params = [p for p in item.params if p.name != "RHS"]
+    if named and [n for n, _ in named] != [p.name for p in params]:
+        raise IdlError(f"{where}: the documented parameters of {item.name} "
+                       f"({', '.join(n for n, _ in named)}) are not its parameters "
+                       f"({', '.join(p.name for p in params)}), in order")
+    for p, (_, text) in zip(params, named):
+        p.doc = text
+    for p in item.params:
+        if p.name == "RHS":
+            p.doc = "the new value"
+
+
+def undocumented(classes):
+    """Every member, event and parameter without its line, as Class.Member(Param)."""
+    missing = []
+    for c in classes:
+        for item in c.members + c.events:
+            if not item.doc:
+                missing.append(f"{c.name}.{item.name}")
+            missing += [f"{c.name}.{item.name}({p.name})" for p in item.params if not p.doc]
+    return missing
+
+
 def parse(path):
     classes, cur, enum = [], None, None
+    docs = []  # the "##" lines waiting for the member below them
     with open(path, encoding="utf-8") as f:
         lines = f.readlines()
     # Classes and enumerations may be named before their declaration.
@@ -208,11 +244,21 @@ def parse(path):
                 raise IdlError(f"{path}: enumeration {m[2]} declared twice")
             ENUMS[m[2]] = []
     for n, raw in enumerate(lines, 1):
+        where = f"{path}:{n}"
+        stripped = raw.strip()
+        if stripped.startswith("##"):
+            text = stripped[2:].strip()
+            m = re.fullmatch(r"@(\w+)\s+(.+)", text)
+            if not text or (text.startswith("@") and not m):
+                raise IdlError(f"{where}: cannot read documentation line '{stripped}'")
+            docs.append((m[1], m[2]) if m else (None, text))
+            continue
         # Only whole-line comments: a default text may contain "#".
-        line = "" if raw.lstrip().startswith("#") else raw.strip()
+        line = "" if raw.lstrip().startswith("#") else stripped
         if not line:
             continue
-        where = f"{path}:{n}"
+        if docs and (cur is None or line == "end" or enum is not None):
+            raise IdlError(f"{where}: documentation lines with no member below them")
         if enum is not None:
             if line == "end":
                 if not ENUMS[enum]:
@@ -244,9 +290,13 @@ def parse(path):
         if not cur:
             raise IdlError(f"{where}: member outside class")
         if re.match(r"event\s", line):
-            cur.events.append(Event(line, where))
+            item = Event(line, where)
+            cur.events.append(item)
         else:
-            cur.members.append(Member(line, where, len(cur.members) + 1))
+            item = Member(line, where, len(cur.members) + 1)
+            cur.members.append(item)
+        attach_docs(item, docs, where)
+        docs = []
     if cur:
         raise IdlError(f"{path}: class {cur.name} has no end")
     if enum is not None:
@@ -303,6 +353,9 @@ def gen_header(classes):
         out.append(f'    return "{c.name}";')
         out.append("  }")
         for m in c.members:
+            if m.doc:
+                out.append(f"  // {m.doc}")
+                out += [f"  //   {p.name}: {p.doc}" for p in m.params if p.doc and p.name != "RHS"]
             params = ", ".join(p.cpp_decl() for p in m.params)
             if m.kind == "PropertyLet":
                 params = f"{m.params[0].cpp_decl().replace(' RHS', ' value')}"
@@ -325,6 +378,11 @@ def gen_header(classes):
     return "\n".join(out)
 
 
+def cpp_text(text):
+    """A narrow string literal of the text (documentation lines are UTF-8)."""
+    return '"' + text.replace("\\", "\\\\").replace('"', '\\"') + '"'
+
+
 def param_table(name, params):
     """The registry's description of a parameter list (a member's or an event's)."""
     out = [f"const ParamInfo {name}[] = {{"]
@@ -333,7 +391,7 @@ def param_table(name, params):
         direction = "Direction::InOut" if (p.inout or p.array) else "Direction::In"
         out.append(
             f'    {{"{p.name}", "{p.idl_type}", {direction}, {str(p.optional).lower()}, '
-            f"{str(p.default is not None).lower()}, {dflt}}},")
+            f"{str(p.default is not None).lower()}, {dflt}, {cpp_text(p.doc)}}},")
     return out + ["};"]
 
 
@@ -412,14 +470,15 @@ def gen_registry(classes):
             for e in c.events:
                 params = (f"{c.name}_{e.name}_event_params" if e.params
                           else "std::span<const ParamInfo>{}")
-                out.append(f'    {{"{e.name}", {params}}},')
+                out.append(f'    {{"{e.name}", {params}, {cpp_text(e.doc)}}},')
             out.append("};")
             out.append("")
         out.append(f"const MemberInfo {c.name}_members[] = {{")
         for m in c.members:
             fn = f"{c.name}_{m.name}_{m.kind}"
             params = f"{fn}_params" if m.params else "std::span<const ParamInfo>{}"
-            out.append(f'    {{"{m.name}", MemberKind::{m.kind}, {m.slot}, {params}, "{m.result}", &{fn}}},')
+            out.append(f'    {{"{m.name}", MemberKind::{m.kind}, {m.slot}, {params}, "{m.result}", &{fn}, '
+                       f"{cpp_text(m.doc)}}},")
         out.append("};")
         out.append("")
     out.append("const ClassInfo kClasses[] = {")
@@ -447,15 +506,21 @@ def write_if_changed(path, text):
 
 
 def main():
-    if len(sys.argv) != 3:
+    args = [a for a in sys.argv[1:] if a != "--require-docs"]
+    if len(args) != 2:
         sys.exit(__doc__)
     try:
-        classes = parse(sys.argv[1])
+        classes = parse(args[0])
     except IdlError as e:
         sys.exit(f"idlgen: {e}")
-    write_if_changed(os.path.join(sys.argv[2], "include/orvogeneric/enums.hpp"), gen_enums())
-    write_if_changed(os.path.join(sys.argv[2], "include/orvogeneric/classes.hpp"), gen_header(classes))
-    write_if_changed(os.path.join(sys.argv[2], "src/registry_gen.cpp"), gen_registry(classes))
+    missing = undocumented(classes)
+    if missing and "--require-docs" in sys.argv:
+        sys.exit(f"idlgen: {len(missing)} without a documentation line: " + ", ".join(missing[:20])
+                 + (" ..." if len(missing) > 20 else ""))
+    outdir = args[1]
+    write_if_changed(os.path.join(outdir, "include/orvogeneric/enums.hpp"), gen_enums())
+    write_if_changed(os.path.join(outdir, "include/orvogeneric/classes.hpp"), gen_header(classes))
+    write_if_changed(os.path.join(outdir, "src/registry_gen.cpp"), gen_registry(classes))
 
 
 if __name__ == "__main__":

@@ -15,6 +15,7 @@
 
 #include "cli.hpp"
 #include "file_verbs.hpp"
+#include "member_verbs.hpp"
 #include "orvogeneric/automation.hpp"
 #include "orvogeneric/tool_checks.hpp"
 #include "orvogeneric/version.hpp"
@@ -31,6 +32,7 @@ constexpr const char* kUsage =
     "  orvo call Class.Member [ARG...] [Name:=ARG...]   one call, one JSON line\n"
     "  orvo batch                                       JSON lines on stdin, one call each\n"
     "  orvo members [Class]                             what can be called\n"
+    "  orvo help Class[.Member]                         what a class or member does\n"
     "  orvo encoding FILE...                            detected encoding and code page\n"
     "  orvo lines FILE...                               line counts\n"
     "  orvo convert --to CP [--from CP] [--bom|--no-bom] IN OUT   re-encode a text file\n"
@@ -86,11 +88,6 @@ constexpr const char* kBatchHelp =
     "Exit status: 0 at the end of the input (errors are answers), 2 usage, 3 the answers could\n"
     "not be written.\n";
 
-constexpr const char* kMembersHelp =
-    "usage: orvo members [CLASS]\n"
-    "Lists the classes and the signatures of their members, or those of one class.\n"
-    "Exit status: 0 listed, 1 no such class, 2 usage.\n";
-
 bool asksHelp(int argc, char** argv) {
   return argc == 3 && (std::strcmp(argv[2], "--help") == 0 || std::strcmp(argv[2], "-h") == 0);
 }
@@ -130,44 +127,6 @@ int commandBatch() {
   return finish(0);
 }
 
-int commandMembers(int argc, char** argv) {
-  if (asksHelp(argc, argv)) {
-    put(kMembersHelp);
-    return finish(0);
-  }
-  if (argc > 3 || (argc == 3 && argv[2][0] == '-')) {
-    std::fprintf(stderr, "orvo members: %s\n%s", argc > 3 ? "at most one CLASS" : "unknown option",
-                 kMembersHelp);
-    return 2;
-  }
-  if (argc > 2 && automation::findClass(argv[2]) == nullptr) {
-    std::fprintf(stderr, "orvo: no class %s (orvo members lists them all)\n", argv[2]);
-    return 1;
-  }
-  const char* kinds[] = {"", "get ", "let "};
-  std::string out;
-  for (const auto& cls : automation::classes()) {
-    if (argc > 2 && automation::findClass(argv[2]) != &cls) continue;
-    out.append(cls.name).append(cls.global ? " (global)" : "").append("\n");
-    for (const auto& m : cls.members) {
-      out.append("  ").append(kinds[static_cast<int>(m.kind)]).append(m.resultType);
-      out.append(" ").append(m.name).append("(");
-      for (std::size_t i = 0; i < m.params.size(); ++i) {
-        const auto& p = m.params[i];
-        out.append(i ? ", " : "")
-            .append(p.direction == automation::Direction::InOut ? "inout " : "")
-            .append(p.optional ? "optional " : "")
-            .append(p.type)
-            .append(" ")
-            .append(p.name);
-      }
-      out.append(")\n");
-    }
-  }
-  put(out);
-  return finish(0);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -203,8 +162,9 @@ int main(int argc, char** argv) {
     }
     return commandBatch();
   }
-  if (verb == "members") return commandMembers(argc, argv);
   const std::vector<std::string> rest(argv + 2, argv + argc);
+  if (verb == "members") return cli::commandMembers(rest);
+  if (verb == "help") return cli::commandHelp(rest);
   if (verb == "encoding") return cli::commandEncoding(rest);
   if (verb == "lines") return cli::commandLines(rest);
   if (verb == "convert") return cli::commandConvert(rest);
