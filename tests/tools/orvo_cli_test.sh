@@ -220,16 +220,28 @@ expect 2 "" -- members A B
 # Options as the shell tools have them: an unknown one is a usage error, never a file name;
 # "--" ends them; "-" (standard input or output) is refused rather than taken as a file name;
 # values and arguments that start with "-" stay values.
-for args in "encoding --bogus $work/s.ini" "lines --bogus $work/s.ini" "lines -" "encoding -" \
-  "convert --to 65001 --bogus $work/s.ini $work/out.txt" "convert --to 65001 $work/s.ini -" \
-  "convert --to 65001 - $work/out.txt" "strings --bogus x.dll" "ini --bogus get f s k" \
+for args in "encoding --bogus $work/s.ini" "lines --bogus $work/s.ini" \
+  "convert --to 65001 --bogus $work/s.ini $work/out.txt" \
+  "strings --bogus x.dll" "ini --bogus get f s k" \
   "log --bogus message" "mutex --bogus" "call --bogus" "members --bogus" "batch --bogus" \
   "convert --to" "strings --language"; do
   # shellcheck disable=SC2086
   expect 2 "" -- $args
 done
-if [[ -e "$work/-" || -e ./- ]]; then
-  echo "FAIL: a file named - was made"
+# "-" is standard input for lines, encoding and convert's IN, standard output for its OUT.
+printf 'one\ntwo\n' > "$work/two.txt"
+got=$(printf 'a\r\nb\rc' | "$orvo" lines - "$work/two.txt" - 2>/dev/null)
+[[ "$got" == $'3\t-\n2\t'"$work"$'/two.txt\n3\t-' ]] || { echo "FAIL: lines - gave $got"; fails=$((fails + 1)); }
+got=$(printf 'caf\xe9\r\n' | LC_ALL=en_US.UTF-8 "$orvo" encoding - 2>/dev/null)
+[[ "$got" == $'-\tencANSI\t0\t1252\tCP1252' ]] || { echo "FAIL: encoding - gave $got"; fails=$((fails + 1)); }
+got=$(printf '\xef\xbb\xbfM\xc3\xbcller\r\n' | "$orvo" convert --to 1252 - - | od -An -c | tr -d ' \n')
+[[ "$got" == 'M374ller\r\n' ]] || { echo "FAIL: convert - - gave $got"; fails=$((fails + 1)); }
+if printf 'x\n' | "$orvo" convert --to 65001 - - > /dev/full 2>/dev/null; [[ $? -ne 3 ]]; then
+  echo "FAIL: convert to a full standard output did not exit 3"
+  fails=$((fails + 1))
+fi
+if [[ -e "$work/-" || -e ./- ]] || compgen -G "${TMPDIR:-/tmp}/orvo-??????" > /dev/null; then
+  echo "FAIL: a file named - was made, or a scratch file was left behind"
   fails=$((fails + 1))
 fi
 printf 'one\ntwo\n' > "$work/-dash"

@@ -1,7 +1,9 @@
 #include "file_verbs.hpp"
 
+#include <cerrno>
 #include <charconv>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 
@@ -11,6 +13,7 @@
 #include "orvogeneric/error.hpp"
 #include "orvogeneric/text_conversion.hpp"
 #include "orvogeneric/tool_checks.hpp"
+#include "standard_streams.hpp"
 #include "verb_support.hpp"
 
 namespace orvo::cli {
@@ -25,13 +28,15 @@ constexpr const char* kEncodingHelp =
     "it reads the file with (for ANSI files the system's ANSI code page) and that code page's\n"
     "name as iconv takes it: FILE<TAB>NAME<TAB>NUMBER<TAB>CODEPAGE<TAB>CHARSET. --json prints a\n"
     "JSON line a file instead, with the BOM's size: {\"file\",\"encoding\",\"number\",\"bom\",\n"
-    "\"codePage\",\"charset\"}. A binary file has code page 0 and no charset.\n"
+    "\"codePage\",\"charset\"}. A binary file has code page 0 and no charset. FILE - is\n"
+    "standard input.\n"
     "Exit status: 0 every file answered, 1 a file is missing or unreadable (the others are\n"
     "still answered), 2 usage.\n";
 constexpr const char* kLinesHelp =
     "usage: orvo lines FILE...\n"
     "Prints, for each file, its line count as FileLineCount counts it (CR, LF and CR LF each\n"
-    "end a line; a last line without terminator counts): COUNT<TAB>FILE.\n"
+    "end a line; a last line without terminator counts): COUNT<TAB>FILE. FILE - is standard\n"
+    "input.\n"
     "Exit status: 0 every file counted, 1 a file is missing or unreadable (the others are\n"
     "still counted), 2 usage.\n";
 constexpr const char* kConvertHelp =
@@ -41,10 +46,11 @@ constexpr const char* kConvertHelp =
     "(UTF-16 LE), 1201 (UTF-16 BE) or a Windows code page such as 1252 or 932. A Unicode\n"
     "target gets a BOM unless --no-bom. Characters a legacy target cannot hold are written as\n"
     "Windows writes them ('?' or a near character) and counted on standard error; with\n"
-    "--strict they are an error and nothing is written.\n"
+    "--strict they are an error and nothing is written. IN - is standard input, OUT - standard\n"
+    "output (written once the conversion is complete).\n"
     "Exit status: 0 converted, 1 nothing written (unreadable input, a code page that cannot be\n"
     "read or written, OUT is IN, a failed write, --strict and a character lost: OUT is left as\n"
-    "it was), 2 usage.\n";
+    "it was), 2 usage, 3 standard output refused the converted text.\n";
 
 const char* encodingName(std::int32_t e) {
   static const char* const kNames[] = {
@@ -121,19 +127,38 @@ void progress(const std::string& verb, const std::string& file, std::int64_t don
   if (doneBytes >= total) std::fputs("\n", stderr);
 }
 
-// The operands of a verb that reads files: at least one, and no "-" (standard input is not read
-// by these verbs yet: a file of that name is given as ./-). 0 when they will do.
+// The operands of a verb that reads files: at least one. 0 when they will do.
 int checkFileOperands(std::string_view verb, const Arguments& a, const char* help) {
   if (!a.error.empty()) return usageError(verb, a.error, help);
   if (a.operands.empty()) return usageError(verb, "no file named", help);
-  for (const std::string& path : a.operands) {
-    if (path == "-") {
-      return usageError(
-          verb, "standard input ('-') is not read yet: name a file (./- for a file named -)", help);
-    }
-  }
   return 0;
 }
+
+// Standard input, read once into a scratch file the first time an operand "-" asks for it.
+class StandardInput {
+ public:
+  // The file to hand the library for the operand; empty (why set) when standard input could
+  // not be read.
+  std::string fileFor(const std::string& operand, std::string& why) {
+    if (operand != "-") return operand;
+    if (!read_) {
+      read_ = true;
+      ok_ = scratch_.create() && scratch_.fillFromStandardInput();
+      if (!ok_) error_ = std::strerror(errno);
+    }
+    if (!ok_) {
+      why = "standard input could not be read: " + error_;
+      return {};
+    }
+    return scratch_.path();
+  }
+
+ private:
+  ScratchFile scratch_;
+  bool read_ = false;
+  bool ok_ = false;
+  std::string error_;
+};
 
 std::optional<std::int32_t> codePageArgument(const std::string& text) {
   std::int32_t value = 0;
@@ -151,17 +176,20 @@ int commandEncoding(const std::vector<std::string>& args) {
     return status;
   }
   FileSubs files;
+  StandardInput input;
   int status = 0;
   for (const auto& path : a.operands) {
     std::string why;
-    if (!readable(path, why)) {
+    const std::string file = input.fileFor(path, why);
+    if (file.empty() || !readable(file, why)) {
       std::fprintf(stderr, "orvo encoding: %s: %s\n", path.c_str(), why.c_str());
       status = 1;
       continue;
     }
     try {
       const String name = fromSystemBytes(path);
-      const enumFileEncoding e = files.TextFileEncoding(name);
+      const String opened = fromSystemBytes(file);
+      const enumFileEncoding e = files.TextFileEncoding(opened);
       std::int32_t cp = files.CodePageCheck(0, e);
       // "The system's code page" (0) is answered as the page it is, which a script can use.
       if (cp == 0 && e != encBIN) cp = SystemUtilities().GetWindowsCodePage();
@@ -195,18 +223,20 @@ int commandLines(const std::vector<std::string>& args) {
   if (a.help) return std::fputs(kLinesHelp, stdout) < 0 ? 3 : done(0);
   if (const int status = checkFileOperands("lines", a, kLinesHelp); status != 0) return status;
   FileSubs files;
+  StandardInput input;
   int status = 0;
   for (const auto& path : a.operands) {
     std::string why;
     std::int64_t size = 0;
-    if (!readable(path, why, &size)) {
+    const std::string file = input.fileFor(path, why);
+    if (file.empty() || !readable(file, why, &size)) {
       std::fprintf(stderr, "orvo lines: %s: %s\n", path.c_str(), why.c_str());
       status = 1;
       continue;
     }
     progress("lines", path, 0, size);
     try {
-      const std::int32_t count = files.FileLineCount(fromSystemBytes(path));
+      const std::int32_t count = files.FileLineCount(fromSystemBytes(file));
       progress("lines", path, size, size);
       put(std::to_string(count) + "\t" + path + "\n");
     } catch (const Error& e) {
@@ -264,10 +294,6 @@ ConvertParse parseConvertArguments(const std::vector<std::string>& args) {
     return parse;
   }
   for (const std::string& file : a.operands) {
-    if (file == "-") {
-      parse.error = "standard input and output ('-') are not converted yet: name the files";
-      return parse;
-    }
     if (file.empty()) {
       parse.error = "a file name is empty";
       return parse;
@@ -289,13 +315,23 @@ int commandConvert(const std::vector<std::string>& args) {
   const ConvertOptions& o = *parse.options;
   std::string why;
   std::int64_t size = 0;
-  if (!readable(o.in, why, &size)) {
+  StandardInput input;
+  const std::string in = input.fileFor(o.in, why);
+  if (in.empty() || !readable(in, why, &size)) {
     std::fprintf(stderr, "orvo convert: %s: %s\n", o.in.c_str(), why.c_str());
     return 1;
   }
+  // Standard output receives the converted file once it is complete, as a file would.
+  ScratchFile output;
+  if (o.out == "-" && !output.create()) {
+    std::fprintf(stderr, "orvo convert: no scratch file for standard output: %s\n",
+                 std::strerror(errno));
+    return 1;
+  }
+  const std::string out = o.out == "-" ? output.path() : o.out;
   try {
     const ConversionResult result = ConvertTextFile(
-        o.in, o.out, {o.to, o.from, o.bom, o.strict},
+        in, out, {o.to, o.from, o.bom, o.strict},
         [&](std::int64_t doneBytes) { progress("convert", o.in, doneBytes, size); });
     const auto report = [](const std::string& file, const std::string& reason) {
       std::fprintf(stderr, "orvo convert: %s: %s\n", file.c_str(), reason.c_str());
@@ -312,6 +348,10 @@ int commandConvert(const std::vector<std::string>& args) {
         if (result.unrepresentable > 0) {
           std::fprintf(stderr, "orvo convert: %s: %s were written as '?' or a near character\n",
                        o.out.c_str(), lost().c_str());
+        }
+        if (o.out == "-" && !output.copyToStandardOutput()) {
+          std::fprintf(stderr, "orvo: cannot write the output: %s\n", std::strerror(errno));
+          return 3;
         }
         return 0;
       case ConversionFailure::Unrepresentable:
