@@ -206,7 +206,7 @@ expect 2 "" -- strings "$fixtures/AppRes809.dll" 65536
 expect 2 "" -- strings --language
 # Every verb's help is on standard output, exit 0, and lists its exit statuses; batch's does
 # not wait for input.
-for verb in call batch members encoding lines convert ini log mutex strings; do
+for verb in call batch members help encoding lines convert ini log mutex strings; do
   help=$(timeout 5 "$orvo" "$verb" --help </dev/null 2>/dev/null)
   code=$?
   if ((code != 0)) || ! grep -q "^usage: orvo $verb" <<<"$help" ||
@@ -280,6 +280,21 @@ expect 0 '{"result":-1}' -- call MathsUtilities.RoundUp -1.5
 expect 0 '{"result":2}' -- call -- MathsUtilities.RoundUp 1.2
 expect 1 "false" -- mutex -- "-orvo cli $$"
 expect 1 "" -- members Nope
+# Every member explains itself and each parameter, from the interface description.
+expect 0 "Long MathsUtilities.RoundUp(Double value)
+  $(grep -B2 '  Long RoundUp(' "$(dirname "$0")/../../api/orvogeneric.idl" | sed -n 1p | sed 's/^ *## //')
+  value: Double - $(grep -B1 '  Long RoundUp(' "$(dirname "$0")/../../api/orvogeneric.idl" | sed -n 1p | sed 's/^ *## @value //')" -- help MathsUtilities.RoundUp
+undocumented=$("$orvo" members | grep '^  ' | wc -l)
+explained=$(for class in $("$orvo" members | grep -v '^ ' | cut -d' ' -f1); do
+  "$orvo" help "$class" | grep -c '^      [^ ]'
+done | awk '{ sum += $1 } END { print sum }')
+if [[ "$undocumented" != "$explained" ]]; then
+  echo "FAIL: $explained of $undocumented members are explained by orvo help"
+  fails=$((fails + 1))
+fi
+expect 1 "" -- help MathsUtilities.Nope
+expect 1 "" -- help Nope
+expect 2 "" -- help
 if "$orvo" call MathsUtilities.RoundUp 1.2 > /dev/full 2>/dev/null; then
   echo "FAIL: a failed write exited 0"
   fails=$((fails + 1))
