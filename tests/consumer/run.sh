@@ -10,13 +10,24 @@ readme="$here/../../README.md"
 rm -rf "$work"
 mkdir -p "$work"
 cmake --install "$build" --prefix "$work/prefix" >/dev/null
-# The first C++ block of the README, as it stands.
-awk '/^```cpp$/ {on = 1; next} /^```$/ && on {exit} on' "$readme" >"$work/readme_app.cpp"
-grep -q 'int main' "$work/readme_app.cpp"
-cmake -S "$here" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" \
-  -DORVO_README_APP="$work/readme_app.cpp" >/dev/null
-cmake --build "$work/build" >/dev/null
-LD_LIBRARY_PATH="$work/prefix/lib" "$work/build/app"
+# Every C++ block of the README, as it stands: a whole program, or statements run as one.
+count=$(grep -c '^```cpp$' "$readme")
+for ((i = 1; i <= count; i++)); do
+  block=$(awk -v want="$i" '/^```cpp$/ {n++; if (n == want) {on = 1; next}} /^```$/ && on {exit} on' "$readme")
+  if grep -q 'int main' <<<"$block"; then
+    printf '%s\n' "$block" >"$work/readme_app.cpp"
+  else
+    printf '#include <cstdio>\n#include <orvogeneric/classes.hpp>\n#include <orvogeneric/error.hpp>\nint main() {\n%s\n}\n' \
+      "$block" >"$work/readme_app.cpp"
+  fi
+  cmake -S "$here" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" \
+    -DORVO_README_APP="$work/readme_app.cpp" >/dev/null
+  cmake --build "$work/build" >/dev/null
+  LD_LIBRARY_PATH="$work/prefix/lib" "$work/build/app" >/dev/null || {
+    echo "the README's C++ block $i does not do what it says" >&2
+    exit 1
+  }
+done
 LD_LIBRARY_PATH="$work/prefix/lib" "$work/build/consumer"
 export PKG_CONFIG_PATH="$work/prefix/lib/pkgconfig"
 libdir=$(pkg-config --variable=libdir orvogeneric)
