@@ -19,7 +19,7 @@ const std::string* Arguments::value(std::string_view name) const {
 }
 
 Arguments splitArguments(const std::vector<std::string>& args,
-                         std::initializer_list<OptionSpec> known, OptionPlacement placement) {
+                         std::initializer_list<KnownOption> known, OptionPlacement placement) {
   Arguments out;
   bool optionsEnded = false;
   for (std::size_t i = 0; i < args.size(); ++i) {
@@ -38,14 +38,14 @@ Arguments splitArguments(const std::vector<std::string>& args,
       out.help = true;
       return out;
     }
-    const auto spec =
-        std::find_if(known.begin(), known.end(), [&](const OptionSpec& s) { return s.name == a; });
-    if (spec == known.end()) {
+    const auto option =
+        std::find_if(known.begin(), known.end(), [&](const KnownOption& k) { return k.name == a; });
+    if (option == known.end()) {
       // Cut: the text is echoed in a message and may be anything.
       out.error = "unknown option " + a.substr(0, 40);
       return out;
     }
-    if (!spec->takesValue) {
+    if (!option->takesValue) {
       out.options.emplace_back(a, std::string());
       continue;
     }

@@ -11,7 +11,7 @@
 // starts with "-" is an option, which must be one the verb knows.
 namespace orvo::cli {
 
-struct OptionSpec {
+struct KnownOption {
   std::string_view name;
   bool takesValue = false;
 };
@@ -33,7 +33,7 @@ struct Arguments {
 };
 
 Arguments splitArguments(const std::vector<std::string>& args,
-                         std::initializer_list<OptionSpec> known,
+                         std::initializer_list<KnownOption> known,
                          OptionPlacement placement = OptionPlacement::Anywhere);
 
 // A usage error as every verb reports it: "orvo VERB: WHAT", the verb's help, exit status 2.

@@ -163,30 +163,6 @@ TEST(CodePageTest, Utf8EncodingOfEveryMixture) {
   const std::vector<std::u16string> kinds = {u"a",      u"~",      u"\u00E9", u"\u07FF",
                                              u"\u0800", u"\u20AC", u"\uFFFF", u"\U0001F600",
                                              u"\xD800", u"\xDFFF"};
-  const auto expected = [](const String& text) {
-    std::string bytes;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-      char32_t c = text[i];
-      if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
-          text[i + 1] <= 0xDFFF) {
-        c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00);
-      } else if (c >= 0xD800 && c <= 0xDFFF) {
-        c = 0xFFFD;
-      }
-      if (c < 0x80) {
-        bytes += static_cast<char>(c);
-      } else if (c < 0x800) {
-        bytes += {static_cast<char>(0xC0 | c >> 6), static_cast<char>(0x80 | (c & 0x3F))};
-      } else if (c < 0x10000) {
-        bytes += {static_cast<char>(0xE0 | c >> 12), static_cast<char>(0x80 | (c >> 6 & 0x3F)),
-                  static_cast<char>(0x80 | (c & 0x3F))};
-      } else {
-        bytes += {static_cast<char>(0xF0 | c >> 18), static_cast<char>(0x80 | (c >> 12 & 0x3F)),
-                  static_cast<char>(0x80 | (c >> 6 & 0x3F)), static_cast<char>(0x80 | (c & 0x3F))};
-      }
-    }
-    return bytes;
-  };
   std::mt19937 random(11);
   std::map<std::string, int> tried;
   for (int round = 0; round < 3000; ++round) {
@@ -198,12 +174,12 @@ TEST(CodePageTest, Utf8EncodingOfEveryMixture) {
       const unsigned pick = static_cast<unsigned>(random() % spread);
       text += kinds[pick < kinds.size() ? pick : 0];
     }
-    ASSERT_EQ(wideToMultiByte(kCodePageUtf8, text), expected(text)) << test::show(text);
+    ASSERT_EQ(wideToMultiByte(kCodePageUtf8, text), test::referenceUtf8(text)) << test::show(text);
     for (const char* unit : {"avx512", "ssse3", "portable"}) {
       std::string bytes;
       if (!encodeUtf8With(unit, text, bytes)) continue;  // a unit this processor lacks
       ++tried[unit];
-      ASSERT_EQ(bytes, expected(text)) << unit << " " << test::show(text);
+      ASSERT_EQ(bytes, test::referenceUtf8(text)) << unit << " " << test::show(text);
     }
   }
   EXPECT_EQ(tried["portable"], 3000);
