@@ -46,6 +46,10 @@ struct ConversionResult {
   std::int64_t unrepresentable = 0;
 };
 
+// How many characters of text the code page cannot hold (0 for UTF-8 and UTF-16): those its
+// conversion writes as the default character or a near one, as ConvertTextFile counts them.
+ORVO_API std::int64_t CountUnrepresentable(std::u16string_view text, std::int32_t codePage);
+
 // Converts source into target (created, or replaced as one step: the new content goes to a
 // temporary file beside it, renamed over it when complete, so a failed conversion leaves an
 // existing target as it was). The encoding is detected as TextFileEncoding detects it (the

@@ -145,6 +145,14 @@ bool isUnicodePage(std::int32_t codePage) {
 
 }  // namespace
 
+std::int64_t CountUnrepresentable(std::u16string_view text, std::int32_t codePage) {
+  if (isUnicodePage(codePage) || !convertible(codePage)) return 0;
+  const platform::Converter encoder(files::effectiveCodePage(codePage));
+  runtime::Buffer<std::uint8_t> encoded;
+  runtime::Buffer<char16_t> decoded;
+  return unrepresentableIn(text, encode(text, codePage, encoder, encoded), encoder, decoded);
+}
+
 ConversionResult ConvertTextFile(const std::filesystem::path& source,
                                  const std::filesystem::path& target,
                                  const TextFileConversion& conversion,

@@ -80,6 +80,7 @@ TEST_F(TextConversionTest, LostCharactersAreCountedAndStrictRefusesThem) {
     const ConversionResult r = ConvertTextFile(dir_ / in, dir_ / "lossy", {c.to, {}, false});
     EXPECT_EQ(r.failure, ConversionFailure::None);
     EXPECT_EQ(r.unrepresentable, c.lost);
+    EXPECT_EQ(CountUnrepresentable(fromUtf8(c.utf8), c.to), c.lost) << "the same count for a text";
     write("kept", "before");
     const ConversionResult strict =
         ConvertTextFile(dir_ / in, dir_ / "kept", {c.to, {}, false, true});

@@ -72,9 +72,9 @@ const automation::ParamInfo* parameterNamed(std::span<const automation::ParamInf
 
 // The first argument the member's declared types would refuse, named: the call would raise the
 // same error without saying which argument it was.
-std::optional<std::pair<Error, ArgumentFault>> argumentFault(const Call& call) {
+std::optional<std::pair<Error, ArgumentFault>> argumentFault(
+    const Call& call, std::span<const automation::ParamInfo> params) {
   if (call.let) return std::nullopt;
-  const auto params = parametersOf(*call.target, call.member);
   const auto check = [&](const automation::ParamInfo* p,
                          const Variant& value) -> std::optional<std::pair<Error, ArgumentFault>> {
     if (p == nullptr) return std::nullopt;
@@ -154,7 +154,8 @@ std::string batchLine(std::string_view line, ObjectTable& objects) {
     call.args = std::move(request.args);
     call.named = std::move(request.named);
     call.let = std::move(request.let);
-    if (const auto fault = argumentFault(call)) return errorJson(fault->first, &fault->second);
+    const auto fault = argumentFault(call, parametersOf(*call.target, call.member));
+    if (fault) return errorJson(fault->first, &fault->second);
     return run(std::move(call), objects);
   } catch (const Error& e) {
     return errorJson(e);
@@ -200,7 +201,7 @@ CallAnswer callLine(int argc, const char* const* argv, ObjectTable& objects) {
         call.args.push_back(fromText(at < params.size() ? &params[at] : nullptr, std::string(arg)));
       }
     }
-    if (const auto fault = argumentFault(call)) {
+    if (const auto fault = argumentFault(call, params)) {
       return {errorJson(fault->first, &fault->second), false};
     }
     return {run(std::move(call), objects), true};

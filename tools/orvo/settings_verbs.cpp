@@ -7,6 +7,7 @@
 #include "orvogeneric/error.hpp"
 #include "orvogeneric/profile.hpp"
 #include "orvogeneric/system_errors.hpp"
+#include "orvogeneric/text_conversion.hpp"
 #include "verb_support.hpp"
 
 namespace orvo::cli {
@@ -56,7 +57,7 @@ int writeFailure(const std::string& file, std::uint32_t error) {
 
 // Characters of the texts that a write into the file cannot keep. Settings files are written
 // in the system's ANSI code page unless they are UTF-16 LE (a UTF-8 file included, as the
-// platform does); a character is lost when its bytes in that page do not give it back.
+// platform does).
 std::int64_t unrepresentable(const String& file, std::initializer_list<String> texts) {
   FileSubs files;
   if (files.FileExists(file) == VBool::True) {
@@ -65,13 +66,7 @@ std::int64_t unrepresentable(const String& file, std::initializer_list<String> t
   }
   const std::int32_t page = SystemUtilities().GetWindowsCodePage();
   std::int64_t lost = 0;
-  for (const String& t : texts) {
-    Variant bytes = files.FromVBStringToBytes(t, page);
-    const String back = files.FromBytesToVBString(*bytes.array(), page);
-    const std::size_t common = std::min(back.size(), t.size());
-    for (std::size_t i = 0; i < common; ++i) lost += back[i] != t[i] ? 1 : 0;
-    lost += static_cast<std::int64_t>(std::max(back.size(), t.size()) - common);
-  }
+  for (const String& t : texts) lost += CountUnrepresentable(t, page);
   return lost;
 }
 
