@@ -15,6 +15,7 @@
 #include "system/locale_queries.hpp"
 #include "text/ascii_run.hpp"
 #include "text/maths.hpp"
+#include "text/same_units.hpp"
 #include "text/strings.hpp"
 
 namespace orvo::files {
@@ -39,7 +40,9 @@ class EncodingCache {
     thread_local String lastPath;
     thread_local std::optional<enumFileEncoding> lastAnswer;
     const std::uint64_t changes = changes_.load(std::memory_order_acquire);
-    if (lastCache == this && lastChanges == changes && lastPath == path) return lastAnswer;
+    if (lastCache == this && lastChanges == changes && text::sameUnits(lastPath, path)) {
+      return lastAnswer;
+    }
     std::optional<enumFileEncoding> answer;
     {
       const std::lock_guard lock(mutex_);

@@ -12,6 +12,7 @@
 #include "runtime/strings.hpp"
 #include "settings/profile_cache.hpp"
 #include "settings/profile_document.hpp"
+#include "text/same_units.hpp"
 
 // Where the platform's rules were not settled by what it was seen to do, this reader decides
 // so, for these reasons:
@@ -58,18 +59,25 @@ String throughAnsi(String&& s, ProfileForm form) {
 // then blanks trimmed and upper-cased; in a buffer of the thread's, which keeps its room from
 // one lookup to the next.
 std::u16string_view lookupName(std::u16string_view name, ProfileForm form, String& buffer) {
-  if (form == ProfileForm::Ansi && !allAscii(name)) {
-    buffer = throughAnsi(name, form);
-    name = buffer;
-  }
-  std::size_t b = 0;
-  std::size_t e = name.size();
-  while (b < e && isBlank(name[b])) ++b;
-  while (e > b && isBlank(name[e - 1])) --e;
-  // Written from the front, so that the converted name can be upper-cased where it lies.
-  buffer.resize(std::max(buffer.size(), e - b));
-  for (std::size_t i = b; i < e; ++i) buffer[i - b] = detail::upperFast(name[i]);
-  buffer.resize(e - b);
+  const auto trimmedUpper = [&buffer](std::u16string_view from) {
+    std::size_t b = 0;
+    std::size_t e = from.size();
+    while (b < e && isBlank(from[b])) ++b;
+    while (e > b && isBlank(from[e - 1])) --e;
+    // Written from the front, so that a converted name can be upper-cased where it lies.
+    buffer.resize(std::max(buffer.size(), e - b));
+    char16_t seen = 0;
+    for (std::size_t i = b; i < e; ++i) {
+      seen |= from[i];
+      buffer[i - b] = detail::upperFast(from[i]);
+    }
+    buffer.resize(e - b);
+    return seen;
+  };
+  // Nearly every name is ASCII, which every ANSI code page keeps as it is: one pass serves.
+  if (trimmedUpper(name) < 0x80 || form == ProfileForm::Wide) return buffer;
+  buffer = throughAnsi(name, form);
+  trimmedUpper(buffer);
   return buffer;
 }
 
@@ -78,7 +86,7 @@ std::u16string_view lookupName(std::u16string_view name, ProfileForm form, Strin
 const platform::NativePath& nativePathOf(const String& file) {
   thread_local String lastFile;
   thread_local platform::NativePath lastPath;
-  if (lastPath.empty() || file != lastFile) {
+  if (lastPath.empty() || !text::sameUnits(file, lastFile)) {
     lastPath = platform::NativePath(file);
     lastFile = file;
   }

@@ -409,15 +409,28 @@ bool Document::sameName(const Line& a, const Line& b) const {
 }
 
 bool Document::nameEquals(const Line& l, std::u16string_view upperName) const {
-  if (asciiName(l)) {
-    if (l.nameEnd - l.nameBegin != upperName.size()) return false;
-    for (std::size_t i = 0; i < upperName.size(); ++i) {
-      const char16_t c = decoded() ? units_[l.nameBegin + i] : bytes()[l.nameBegin + i];
-      if (upperFast(c) != upperName[i]) return false;
+  const std::size_t n = l.nameEnd - l.nameBegin;
+  if (decoded()) {
+    if (n != upperName.size()) return false;
+    const char16_t* u = units_.data() + l.nameBegin;
+    for (std::size_t i = 0; i < n; ++i) {
+      if (upperFast(u[i]) != upperName[i]) return false;
     }
     return true;
   }
-  return upper(text(l.nameBegin, l.nameEnd)) == upperName;
+  // Up to its first byte above ASCII a name's bytes are its units, so a difference there is
+  // final; from that byte on only the converted name can be compared.
+  const std::uint8_t* p = bytes() + l.nameBegin;
+  const std::size_t common = std::min(n, upperName.size());
+  for (std::size_t i = 0; i < common; ++i) {
+    const std::uint8_t c = p[i];
+    if (c >= 0x80) return upper(text(l.nameBegin, l.nameEnd)) == upperName;
+    const auto up = static_cast<char16_t>(c >= 'a' && c <= 'z' ? c - 32 : c);
+    if (up != upperName[i]) return false;
+  }
+  if (n == upperName.size()) return true;
+  // Equal so far, of different lengths: equal only if the rest converts to what is missing.
+  return !asciiName(l) && upper(text(l.nameBegin, l.nameEnd)) == upperName;
 }
 
 }  // namespace orvo::settings::privateprofile::detail

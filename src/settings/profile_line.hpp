@@ -141,6 +141,20 @@ class NameHasher {
   unsigned filled_ = 0;
 };
 
+// The first count (1 to 4) bytes at p as one little-endian word, the rest zero. A copy of a
+// variable length into a word on the stack is compiled to byte stores followed by one wide load,
+// which the processor cannot forward: that stall was most of the cost of hashing a name.
+inline std::uint32_t leadingBytes(const std::uint8_t* p, std::size_t count) noexcept {
+  if (std::endian::native == std::endian::little && count >= 4) {
+    std::uint32_t four = 0;
+    std::memcpy(&four, p, sizeof four);
+    return four;
+  }
+  std::uint32_t word = 0;
+  for (std::size_t k = 0; k < count && k < 4; ++k) word |= std::uint32_t{p[k]} << (8 * k);
+  return word;
+}
+
 // The hash of bytes read as units, upper-cased, as NameHasher gives it; nullopt when a byte is
 // not ASCII. Four bytes a step: widened into four units and upper-cased together.
 inline std::optional<std::uint64_t> hashAsciiBytes(const std::uint8_t* p, std::size_t n) noexcept {
@@ -148,8 +162,7 @@ inline std::optional<std::uint64_t> hashAsciiBytes(const std::uint8_t* p, std::s
   std::uint32_t seen = 0;
   for (std::size_t i = 0; i < n; i += 4) {
     const std::size_t count = n - i < 4 ? n - i : 4;
-    std::uint32_t four = 0;
-    std::memcpy(&four, p + i, count);
+    const std::uint32_t four = leadingBytes(p + i, count);
     seen |= four;
     std::uint64_t units = four;
     units = (units | (units << 16)) & 0x0000FFFF0000FFFFULL;
@@ -167,11 +180,13 @@ inline std::optional<std::uint64_t> hashAsciiBytes(const std::uint8_t* p, std::s
 inline std::uint64_t hashUnits(std::u16string_view upper) noexcept {
   NameHasher h;
   if constexpr (std::endian::native == std::endian::little) {
-    // Four units in memory are one word with the first unit lowest, as the hasher packs them.
+    // Four units are one word with the first unit lowest, as the hasher packs them.
     for (std::size_t i = 0; i < upper.size(); i += 4) {
       const std::size_t count = upper.size() - i < 4 ? upper.size() - i : 4;
       std::uint64_t units = 0;
-      std::memcpy(&units, upper.data() + i, count * sizeof(char16_t));
+      // Assembled from the units themselves, not copied into a word on the stack: see
+      // leadingBytes.
+      for (std::size_t k = 0; k < count; ++k) units |= std::uint64_t{upper[i + k]} << (16 * k);
       h.addWord(units, static_cast<unsigned>(count));
     }
   } else {
