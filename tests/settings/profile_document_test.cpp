@@ -66,6 +66,31 @@ TEST(ProfileDocument, NamesHashTheSameFromBytesAndFromText) {
   }
 }
 
+// Names matched by index, and read through where the file is too dense for a key index (a
+// mebibyte of sections of tiny keys after the case's own): there no hash stands between the
+// asked name and the comparison of names.
+TEST(ProfileDocument, NamesMatchWithAndWithoutTheKeyIndex) {
+  String padding;
+  for (std::size_t n = 0; padding.size() < (std::size_t{1} << 20); ++n) {
+    padding += numbered(u"[pad#]\na=#\nb=\nc=\nd=\ne=\nf=\ng=\nh=\ni=\nj=\nk=\nl=\nm=\n", n);
+  }
+  for (const GoldenRow& row : readTestData("settings/profile_names.tsv", 5)) {
+    const auto& f = row.fields;
+    SCOPED_TRACE(testing::Message() << "profile_names.tsv:" << row.line);
+    for (const bool dense : {false, true}) {
+      const Document document(bytesOf(f[1]) + (dense ? bytesOf(padding) : std::string()), 1252);
+      EXPECT_EQ(document.keysIndexed(), !dense);
+      String found = u"<def>";
+      if (const auto section = document.findSection(upper(f[2]))) {
+        if (const auto line = document.findKey(*section, upper(f[3]))) {
+          found = document.text(line->valueBegin, line->valueEnd);
+        }
+      }
+      EXPECT_EQ(show(found), show(f[4])) << (dense ? "read through" : "by index");
+    }
+  }
+}
+
 TEST(ProfileDocument, MemoryFollowsTheFileNotItsLines) {
   constexpr std::size_t kAtLeast = std::size_t{1} << 20;
   for (const GoldenRow& row : readTestData("settings/profile_memory.tsv", 8)) {

@@ -67,6 +67,18 @@ TEST_F(Profile, EncodingsOfTheFile) {
   }
 }
 
+TEST_F(Profile, NamesMatchWhateverTheirCaseAndEncoding) {
+  const test::ScopedLocale english("en_US.UTF-8");  // ANSI code page 1252
+  for (const auto& row : test::readTestData("settings/profile_names.tsv", 5)) {
+    SCOPED_TRACE("data line " + std::to_string(row.line) + ": " + toUtf8(row.fields[0]));
+    const auto& f = row.fields;
+    const String ini = write("names" + std::to_string(row.line) + ".ini", test::bytesOf(f[1]));
+    for (const ProfileForm form : {ProfileForm::Wide, ProfileForm::Ansi}) {
+      EXPECT_EQ(test::show(get(ini, f[2], f[3], 2048, form)), test::show(f[4]));
+    }
+  }
+}
+
 TEST_F(Profile, DoubleBytePagesAreReadAsText) {
   const test::ScopedEnvironment japanese("ORVO_ANSI_CODEPAGE", "932");
   // In code page 932 U+8868 is 95 5C ("\\" as a trail byte) and U+30BE is 83 5D ("]"): a
