@@ -17,6 +17,7 @@ set(ORVO_SOURCES_FILES
     src/files/encoding.cpp
     src/files/fileutils.cpp
     src/files/install_dir.cpp
+    src/files/line_count.cpp
     src/files/log.cpp
     src/files/system_dirs.cpp
     src/files/text_conversion.cpp

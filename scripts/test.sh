@@ -19,8 +19,12 @@ ctest --test-dir build/release --output-on-failure -j "$jobs"
 echo "== clang-tidy (the library and the tool, on the release build's compile commands)"
 # The checks of .clang-tidy over every source: about two minutes on two cores. Any finding fails.
 tidy_log=$(mktemp)
-# The GCC-only warning options of the build mean nothing to clang.
-run-clang-tidy -p build/release -quiet -j "$jobs" -extra-arg=-Wno-unknown-warning-option "$root/(src|tools/orvo)/.*\.cpp" >"$tidy_log" 2>&1 || true
+# The GCC-only warning options of the build mean nothing to clang; GCC's TLS-dialect option is an
+# error to this clang, so the commands are read without it.
+tidy_db=$(mktemp -d)
+sed 's/ -mtls-dialect=gnu2//g' build/release/compile_commands.json >"$tidy_db/compile_commands.json"
+run-clang-tidy -p "$tidy_db" -quiet -j "$jobs" -extra-arg=-Wno-unknown-warning-option "$root/(src|tools/orvo)/.*\.cpp" >"$tidy_log" 2>&1 || true
+rm -rf "$tidy_db"
 if grep -q 'warning:\|error:' "$tidy_log"; then
   grep -A3 'warning:\|error:' "$tidy_log"
   rm -f "$tidy_log"

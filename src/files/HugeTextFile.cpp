@@ -177,6 +177,7 @@ void HugeTextFile::FileOpen(const String& FileName, std::int32_t Access, std::in
     fileName_ = name;
     bufferSize_ = size;
     lineCount_ = 0;
+    bytesRead_ = 0;
     eof_ = false;
     encoded_.clear();
     if (Access == Write && writeUnicodeBOM_ && bomSize_ > 0) encoded_ = bom_;
@@ -214,6 +215,8 @@ void HugeTextFile::readNextBuffer() {
   if (n < 0) fail(kReadFailed, true);
   dataLength_ = static_cast<std::size_t>(n);
   pos_ = 0;
+  bytesRead_ += n;
+  if (readProgress_ && n > 0) readProgress_(bytesRead_);
   if (n == 0) {
     eof_ = true;
     pendingCR_ = false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -80,6 +81,11 @@ class HugeTextFile {
   void Rewind();
   [[nodiscard]] bool WriteUnicodeBOM() const { return writeUnicodeBOM_; }
   void setWriteUnicodeBOM(bool value) { writeUnicodeBOM_ = value; }
+  // Hears the bytes read from the file since it was opened, after each buffer: a long count can
+  // show how far it has got.
+  void setReadProgress(std::function<void(std::int64_t)> progress) {
+    readProgress_ = std::move(progress);
+  }
 
  private:
   [[noreturn]] void fail(std::int32_t number, bool withSystemError = false);
@@ -120,6 +126,8 @@ class HugeTextFile {
   bool writeUnicodeBOM_ = true;
   std::vector<std::uint8_t> partial_;  // the start of a line that continues in the next buffer
   std::string encoded_;                // LineWrite's bytes, kept for their storage
+  std::function<void(std::int64_t)> readProgress_;
+  std::int64_t bytesRead_ = 0;
 };
 
 }  // namespace orvo::files

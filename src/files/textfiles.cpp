@@ -108,8 +108,10 @@ String ReadTextFileToString(const String& FileName) {
   return ReadTextFileToStringB(FileName, &codePage, VBool::True);
 }
 
-std::int64_t fileLineCount64(const String& FilePath) {
+std::int64_t fileLineCount64(const String& FilePath,
+                             const std::function<void(std::int64_t)>& progress) {
   HugeTextFile reader;
+  if (progress) reader.setReadProgress(progress);
   std::int32_t codePage = 0;
   // The count does not depend on the buffer's size. Most of a count's time is the kernel copying
   // the file into the buffer, and that copy is fastest into a buffer that stays in the

@@ -27,8 +27,10 @@ void TextToLines(String& text, SafeArray& Lines, std::int32_t* NumLines = nullpt
                  VBool IgnoreBlankLines = VBool::False);
 // Lines as the big-file reader counts them; FileExists tells whether there was a file.
 std::int32_t FileLineCount(const String& FilePath, VBool* FileExists = nullptr);
-// The same count without the 32-bit result, for files of any size.
-std::int64_t fileLineCount64(const String& FilePath);
+// The same count without the 32-bit result, for files of any size; progress (when given) hears
+// the bytes read so far after each buffer.
+std::int64_t fileLineCount64(const String& FilePath,
+                             const std::function<void(std::int64_t)>& progress = {});
 
 Variant ReadFileToByteArray(const String& FilePath, enumFileEncoding* FileEncoding = nullptr);
 void WriteStringToTextFileB(const String& CharString, const String& File, std::int32_t CodePage = 0,

@@ -5,22 +5,23 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 #include "arguments.hpp"
 #include "json_bridge.hpp"
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/error.hpp"
+#include "orvogeneric/line_count.hpp"
 #include "orvogeneric/text_conversion.hpp"
 #include "orvogeneric/tool_checks.hpp"
+#include "progress.hpp"
 #include "standard_streams.hpp"
 #include "verb_support.hpp"
 
 namespace orvo::cli {
 
 namespace {
-
-constexpr std::int64_t kProgressThreshold = 100LL << 20;
 
 constexpr const char* kEncodingHelp =
     "usage: orvo encoding [--json] FILE...\n"
@@ -36,7 +37,8 @@ constexpr const char* kLinesHelp =
     "usage: orvo lines FILE...\n"
     "Prints, for each file, its line count as FileLineCount counts it (CR, LF and CR LF each\n"
     "end a line; a last line without terminator counts): COUNT<TAB>FILE. FILE - is standard\n"
-    "input.\n"
+    "input. Counts are 64-bit. On a terminal, progress shows on standard error once a count has\n"
+    "taken a second (ORVO_PROGRESS_DELAY seconds).\n"
     "Exit status: 0 every file counted, 1 a file is missing or unreadable (the others are\n"
     "still counted), 2 usage.\n";
 constexpr const char* kConvertHelp =
@@ -47,7 +49,8 @@ constexpr const char* kConvertHelp =
     "target gets a BOM unless --no-bom. Characters a legacy target cannot hold are written as\n"
     "Windows writes them ('?' or a near character) and counted on standard error; with\n"
     "--strict they are an error and nothing is written. IN - is standard input, OUT - standard\n"
-    "output (written once the conversion is complete).\n"
+    "output (written once the conversion is complete). On a terminal, progress shows on\n"
+    "standard error once the conversion has taken a second (ORVO_PROGRESS_DELAY seconds).\n"
     "Exit status: 0 converted, 1 nothing written (unreadable input, a code page that cannot be\n"
     "read or written, OUT is IN, a failed write, --strict and a character lost: OUT is left as\n"
     "it was), 2 usage, 3 standard output refused the converted text.\n";
@@ -117,14 +120,6 @@ bool readable(const std::string& path, std::string& why, std::int64_t* size = nu
     *size = error ? 0 : static_cast<std::int64_t>(bytes);
   }
   return true;
-}
-
-void progress(const std::string& verb, const std::string& file, std::int64_t doneBytes,
-              std::int64_t total) {
-  if (total <= kProgressThreshold || !isTerminal(StandardStream::Error)) return;
-  std::fprintf(stderr, "\rorvo %s %s: %3lld%%", verb.c_str(), file.c_str(),
-               static_cast<long long>(doneBytes * 100 / total));
-  if (doneBytes >= total) std::fputs("\n", stderr);
 }
 
 // The operands of a verb that reads files: at least one. 0 when they will do.
@@ -222,7 +217,6 @@ int commandLines(const std::vector<std::string>& args) {
   const Arguments a = splitArguments(args, {});
   if (a.help) return std::fputs(kLinesHelp, stdout) < 0 ? 3 : done(0);
   if (const int status = checkFileOperands("lines", a, kLinesHelp); status != 0) return status;
-  FileSubs files;
   StandardInput input;
   int status = 0;
   for (const auto& path : a.operands) {
@@ -234,10 +228,13 @@ int commandLines(const std::vector<std::string>& args) {
       status = 1;
       continue;
     }
-    progress("lines", path, 0, size);
     try {
-      const std::int32_t count = files.FileLineCount(fromSystemBytes(file));
-      progress("lines", path, size, size);
+      std::int64_t count = 0;
+      {
+        Progress shown("lines", path, size);
+        count = CountFileLines(file, [&](std::int64_t bytes) { shown.advance(bytes); });
+        shown.finish();
+      }
       put(std::to_string(count) + "\t" + path + "\n");
     } catch (const Error& e) {
       std::fprintf(stderr, "orvo lines: %s: %s\n", path.c_str(), toUtf8(e.description()).c_str());
@@ -330,9 +327,12 @@ int commandConvert(const std::vector<std::string>& args) {
   }
   const std::string out = o.out == "-" ? output.path() : o.out;
   try {
-    const ConversionResult result = ConvertTextFile(
-        in, out, {o.to, o.from, o.bom, o.strict},
-        [&](std::int64_t doneBytes) { progress("convert", o.in, doneBytes, size); });
+    std::optional<Progress> shown(std::in_place, "convert", o.in, size);
+    const ConversionResult result =
+        ConvertTextFile(in, out, {o.to, o.from, o.bom, o.strict},
+                        [&](std::int64_t doneBytes) { shown->advance(doneBytes); });
+    if (result.failure == ConversionFailure::None) shown->finish();
+    shown.reset();
     const auto report = [](const std::string& file, const std::string& reason) {
       std::fprintf(stderr, "orvo convert: %s: %s\n", file.c_str(), reason.c_str());
       return 1;

@@ -2,12 +2,14 @@
 
 #include <charconv>
 #include <cstdio>
+#include <optional>
 #include <string_view>
 #include <utility>
 
 #include "arguments.hpp"
 #include "json_bridge.hpp"
 #include "orvogeneric/satellite.hpp"
+#include "progress.hpp"
 #include "verb_support.hpp"
 
 namespace orvo::cli {
@@ -21,7 +23,8 @@ constexpr const char* kStringsHelp =
     "ids, one per line as LANGID<TAB>ID<TAB>TEXT (LANGID in decimal: 2057 is 0x0809), with\n"
     "CR, LF, TAB and backslash in the text written as \\r, \\n, \\t and \\\\. --json prints JSON\n"
     "lines instead: {\"language\":2057,\"id\":101,\"text\":\"...\"}. LANGID and ID are decimal or "
-    "0x-hex.\n"
+    "0x-hex. On a terminal, the time the read has taken shows on standard error once it has\n"
+    "taken a second (ORVO_PROGRESS_DELAY seconds).\n"
     "Exit status: 0 done, 1 the file is missing, unreadable or not a satellite library, or a\n"
     "given id has no string in any (chosen) language, 2 usage.\n";
 
@@ -134,7 +137,12 @@ int commandStrings(const std::vector<std::string>& args) {
   }
   const StringsOptions& o = *parse.options;
   String why;
+  // The library reads the whole file in one call, which tells nothing of how far it has got:
+  // a long read shows the time it has taken.
+  std::optional<Progress> shown(std::in_place, "strings", o.file, 0);
   const auto strings = SatelliteStrings(fromSystemBytes(o.file), &why);
+  if (strings) shown->finish();
+  shown.reset();
   if (!strings) {
     std::fprintf(stderr, "orvo strings: %s: %s\n", o.file.c_str(), toUtf8(why).c_str());
     return 1;

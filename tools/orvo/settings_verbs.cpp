@@ -8,6 +8,7 @@
 #include "orvogeneric/profile.hpp"
 #include "orvogeneric/system_errors.hpp"
 #include "orvogeneric/text_conversion.hpp"
+#include "progress.hpp"
 #include "verb_support.hpp"
 
 namespace orvo::cli {
@@ -25,7 +26,8 @@ constexpr const char* kIniHelp =
     "system code page, UTF-16 files as UTF-16. A write changes only the line it concerns.\n"
     "Characters an ANSI file cannot hold are stored as Windows stores them ('?' or a near\n"
     "character) and counted on standard error; with --strict they are an error and nothing\n"
-    "is written.\n"
+    "is written. On a terminal, the time a call has taken shows on standard error once it has\n"
+    "taken a second (ORVO_PROGRESS_DELAY seconds).\n"
     "Exit status: 0 done (get: the value, even empty, or DEFAULT for a missing key); 1 the\n"
     "file does not exist (get, list), the key is missing and no DEFAULT was given (get), no\n"
     "such section (list), the file could not be written (set, delete), or --strict and a\n"
@@ -97,7 +99,11 @@ int commandIni(const std::vector<std::string>& all) {
   if (args.size() < 2) return usage(kIniHelp);
   const std::string& verb = args[0];
   const std::string& file = args[1];
+  // A settings file is read whole by each call, which tells nothing of how far it has got: a
+  // long read shows the time it has taken.
+  Progress shown("ini", file, 0);
   const auto missingFile = [&] {
+    shown.stop();
     std::fprintf(stderr, "orvo ini: %s does not exist\n", file.c_str());
     return 1;
   };
@@ -106,10 +112,14 @@ int commandIni(const std::vector<std::string>& all) {
     if (args.size() == 2) {
       std::string out;
       for (const String& name : ProfileSectionNames(text(file))) out += toUtf8(name) + "\n";
+      shown.finish();
+      shown.stop();
       put(out);
       return done(0);
     }
     const auto entries = ProfileSection(text(file), text(args[2]));
+    shown.finish();
+    shown.stop();
     if (!entries) {
       std::fprintf(stderr, "orvo ini: %s has no section [%s]\n", file.c_str(), args[2].c_str());
       return 1;
@@ -127,6 +137,7 @@ int commandIni(const std::vector<std::string>& all) {
       const bool hasDefault = args.size() == 5;
       // A script must tell a missing key from an empty value: the read's default cannot.
       if (!hasDefault && !ProfileValue(text(file), section, text(args[3]))) {
+        shown.stop();
         std::fprintf(stderr, "orvo ini: %s has no key %s in [%s]\n", file.c_str(), args[3].c_str(),
                      args[2].c_str());
         return 1;
@@ -134,6 +145,8 @@ int commandIni(const std::vector<std::string>& all) {
       INI ini;
       const String value = ini.GetStringFromINI(text(file), section, text(args[3]),
                                                 hasDefault ? text(args[4]) : String());
+      shown.finish();
+      shown.stop();
       put(toUtf8(value) + "\n");
       return done(0);
     }
@@ -141,12 +154,17 @@ int commandIni(const std::vector<std::string>& all) {
       const std::int64_t lost =
           unrepresentable(text(file), {section, text(args[3]), text(args[4])});
       if (lost > 0 && strict) {
+        shown.stop();
         std::fprintf(stderr, "orvo ini: %s: %s (--strict): nothing was written\n", file.c_str(),
                      lostText(lost).c_str());
         return 1;
       }
       INI ini;
-      if (ini.PutStringToINI(text(file), section, text(args[3]), text(args[4])) == VBool::True) {
+      const bool written =
+          ini.PutStringToINI(text(file), section, text(args[3]), text(args[4])) == VBool::True;
+      if (written) shown.finish();
+      shown.stop();
+      if (written) {
         // Stored as the platform stores them; said, so that the loss is not silent.
         if (lost > 0) {
           std::fprintf(stderr, "orvo ini: %s: %s, written as '?' or a near character\n",
@@ -160,15 +178,19 @@ int commandIni(const std::vector<std::string>& all) {
     if (verb == "delete" && (args.size() == 3 || args.size() == 4)) {
       const String key = args.size() == 4 ? text(args[3]) : String();
       std::uint32_t error = 0;
-      if (ProfileWrite(text(file), section, args.size() == 4 ? &key : nullptr, nullptr, &error)) {
-        return done(0);
-      }
+      const bool written =
+          ProfileWrite(text(file), section, args.size() == 4 ? &key : nullptr, nullptr, &error);
+      if (written) shown.finish();
+      shown.stop();
+      if (written) return done(0);
       return writeFailure(file, error);
     }
   } catch (const Error& e) {
+    shown.stop();
     std::fprintf(stderr, "orvo ini: %s\n", toUtf8(e.description()).c_str());
     return 1;
   }
+  shown.stop();
   return usage(kIniHelp);
 }
 
