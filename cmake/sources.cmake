@@ -13,6 +13,7 @@ set(ORVO_SOURCES_FILES
     src/files/FileSubs.cpp
     src/files/HugeTextFile.cpp
     src/files/RecursiveFileLister.cpp
+    src/files/background_writer.cpp
     src/files/documents.cpp
     src/files/encoding.cpp
     src/files/fileutils.cpp

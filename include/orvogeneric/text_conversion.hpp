@@ -54,8 +54,9 @@ ORVO_API std::int64_t CountUnrepresentable(std::u16string_view text, std::int32_
 // temporary file beside it, renamed over it when complete, so a failed conversion leaves an
 // existing target as it was). The encoding is detected as TextFileEncoding detects it (the
 // source's BOM is skipped when the source is read in its own encoding). progress, when given,
-// hears the source bytes read so far after each buffer is written. Memory is a few buffers
-// whatever the content. Errors of the file procedures propagate as Error.
+// hears the source bytes read so far after each buffer is converted. Memory is a few buffers
+// whatever the content; a large output is written by a second thread while the next part is
+// converted. Errors of the file procedures propagate as Error.
 ORVO_API ConversionResult ConvertTextFile(const std::filesystem::path& source,
                                           const std::filesystem::path& target,
                                           const TextFileConversion& conversion,

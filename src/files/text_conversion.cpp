@@ -7,6 +7,7 @@
 #include <system_error>
 #include <vector>
 
+#include "files/background_writer.hpp"
 #include "files/encoding.hpp"
 #include "files/textio.hpp"
 #include "platform/codepage.hpp"
@@ -191,10 +192,11 @@ ConversionResult ConvertTextFile(const std::filesystem::path& source,
   if (!out.begin(platform::NativePath(targetName), error)) {
     return {ConversionFailure::OpenTarget, reasonOf(error)};
   }
-  const auto write = [&](std::string_view bytes) {
-    return bytes.empty() ||
-           out.write({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}, error);
-  };
+  files::BackgroundWriter writer(
+      [&out](std::span<const std::uint8_t> bytes, std::uint32_t& writeError) {
+        return out.write(bytes, writeError);
+      });
+  const auto write = [&](std::string_view bytes) { return writer.append(bytes); };
   bool ok = write(targetBom(conversion));
   const bool wide = from == CP_UTF16_LE || from == CP_UTF16_BE;
   const std::uint32_t page = files::effectiveCodePage(from);
@@ -243,6 +245,8 @@ ConversionResult ConvertTextFile(const std::filesystem::path& source,
     if (progress) progress(doneBytes);
     if (last || !ok) break;
   }
+  // The first failed write's reason, whether it failed here or on the writer's thread.
+  ok = writer.finish(error) && ok;
   if (!ok || !out.commit(error)) {
     return {ConversionFailure::WriteTarget, reasonOf(error), unrepresentable};
   }

@@ -120,6 +120,10 @@ TEST_F(TextConversionTest, CharactersCutByTheReadBufferComeOutWhole) {
        {CP_UTF16_BE, {}, false},
        std::string("\0\n", 2) + repeat(std::string("\0y", 2), kChunk - 3) +
            std::string("\xD8\x3D\xDE\x00\0\n", 6)},
+      {"several megabytes, written while the next are converted",
+       kUtf8Bom + repeat("a\xE2\x82\xAC\n", 700000),
+       {CP_UTF16_BE, {}, false},
+       repeat(std::string("\0a\x20\xAC\0\n", 6), 700000)},
       {"a surrogate pair across the buffer's end",
        kUtf16LeBom + repeat(std::string("z\0", 2), pairs - 1) + smileLe + std::string("\n\0", 2),
        {CP_UTF8, {}, false},
