@@ -111,7 +111,10 @@ std::shared_ptr<const Document> Document::edited(std::string raw, const LineEdit
     if (offset >= from) offset = static_cast<std::uint32_t>(offset - edit.removed + inserted);
   };
   for (auto& section : next->sections_) move(section.header);
-  next->keys_.changeValues(move);
+  // Offsets are below 2^32 (kLargestFile), so moving them by the difference modulo 2^32 is
+  // exact.
+  next->keys_.moveValuesFrom(static_cast<std::uint32_t>(from),
+                             static_cast<std::uint32_t>(inserted - edit.removed));
   std::size_t keySection = edit.section;
   if (edit.newSectionAt && next->sectionsIndexed_) {
     const Line header = next->lineAt(*edit.newSectionAt);
