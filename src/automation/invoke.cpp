@@ -24,7 +24,12 @@ const Variant& present(const Variant& v) {
 
 }  // namespace
 
-String coerceString(const Variant& v) { return runtime::CStr(present(v), regional()); }
+String coerceString(const Variant& v) {
+  // A text needs no conversion, and building the user's regional settings for nothing cost a
+  // one-call run of the tool a millisecond, half its time.
+  if (const String* s = v.get<String>()) return *s;
+  return runtime::CStr(present(v), regional());
+}
 String takeString(Variant& v) {
   if (String* s = v.get<String>()) return std::move(*s);
   return coerceString(v);
@@ -47,7 +52,7 @@ void checkArgument(const ParamInfo& param, const Variant& value) {
   }
   if (param.optional && value.isMissing()) return;
   if (type == "String") {
-    (void)coerceString(value);
+    if (value.get<String>() == nullptr) (void)coerceString(value);
   } else if (type == "Boolean") {
     (void)coerceBoolean(value);
   } else if (type == "Integer") {
