@@ -6,6 +6,9 @@ set(ORVO_SOURCES_AUTOMATION
     src/automation/call.cpp
     src/automation/invoke.cpp)
 
+set(ORVO_SOURCES_DESKTOP
+    src/desktop/TimerObject.cpp)
+
 set(ORVO_SOURCES_ERRORS
     src/errors/error_reporter.cpp)
 
@@ -129,6 +132,7 @@ endif()
 
 set(ORVO_SOURCES
     ${ORVO_SOURCES_AUTOMATION}
+    ${ORVO_SOURCES_DESKTOP}
     ${ORVO_SOURCES_ERRORS}
     ${ORVO_SOURCES_FILES}
     ${ORVO_SOURCES_FRAME}

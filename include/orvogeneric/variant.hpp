@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <span>
@@ -36,8 +37,14 @@ enum class VarType : std::uint16_t {
 ORVO_API std::string_view typeName(VarType type) noexcept;
 
 // Base of every automation object: the public classes and what the factories hand out.
+class Variant;
+
 class ORVO_API Object {
  public:
+  // Hears the object's outgoing events (a timer's tick) by name, with their arguments, on the
+  // thread that raised them.
+  using EventListener = std::function<void(std::string_view event, std::span<Variant> args)>;
+
   Object() = default;
   Object(const Object&) = default;
   Object& operator=(const Object&) = default;
@@ -45,6 +52,17 @@ class ORVO_API Object {
   Object& operator=(Object&&) = default;
   virtual ~Object();
   [[nodiscard]] virtual std::string_view className() const noexcept = 0;
+
+  // The one listener of every event of this object (an automation host's, or a typed handler
+  // such as TimerObject::OnTimer); an empty one removes it.
+  void setEventListener(EventListener listener);
+
+ protected:
+  // Raises an event to the listener, if any.
+  void raiseEvent(std::string_view event, std::span<Variant> args) const;
+
+ private:
+  std::shared_ptr<const EventListener> listener_;
 };
 
 class Variant;

@@ -40,6 +40,16 @@ std::string_view typeName(VarType type) noexcept {
 
 Object::~Object() = default;
 
+void Object::setEventListener(EventListener listener) {
+  listener_ = listener ? std::make_shared<const EventListener>(std::move(listener)) : nullptr;
+}
+
+void Object::raiseEvent(std::string_view event, std::span<Variant> args) const {
+  // Held for the call: a listener may replace itself, or drop the object's last reference.
+  const std::shared_ptr<const EventListener> listener = listener_;
+  if (listener) (*listener)(event, args);
+}
+
 Variant::Variant(SafeArray v) : value_(std::make_unique<SafeArray>(std::move(v))) {}
 
 Variant::Variant(const Variant& other) {

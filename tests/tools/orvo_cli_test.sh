@@ -82,6 +82,33 @@ if [[ "$manager_out" != "$manager_want" ]]; then
   fails=$((fails + 1))
 fi
 
+# A timer's ticks are lines of their own, {"event":"Timer","object":H}, written while the batch
+# waits for its next request: none while it is stopped, about ten in half a second at 50 ms,
+# none once it is stopped again.
+timer_out=$({
+  printf '%s\n' '{"call":"FactoryMethods.GetTimer","args":[50]}'
+  sleep 0.3
+  printf '%s\n' '{"object":1,"call":"Enabled","let":true}'
+  sleep 0.5
+  printf '%s\n' '{"object":1,"call":"Enabled","let":false}'
+  sleep 0.3
+  printf '%s\n' '{"object":1,"call":"Interval"}'
+} | "$orvo" batch)
+timer_events() {  # the number of tick lines between answer $1 and answer $1 + 1
+  awk -v n="$1" '/^\{"result"/ { seen++; next } seen == n && /^\{"event":"Timer","object":1\}$/ { count++ } END { print count + 0 }' <<<"$timer_out"
+}
+first=$(head -n 1 <<<"$timer_out")
+last=$(tail -n 1 <<<"$timer_out")
+stopped=$(timer_events 1)
+running=$(timer_events 2)
+after=$(timer_events 3)
+if [[ "$first" != '{"result":{"object":1,"class":"TimerObject"}}' || "$last" != '{"result":50}' ||
+  $stopped -ne 0 || $running -lt 7 || $running -gt 11 || $after -ne 0 ]]; then
+  printf 'FAIL: timer events in a batch (%s stopped, %s running, %s after)\n%s\n' \
+    "$stopped" "$running" "$after" "$timer_out"
+  fails=$((fails + 1))
+fi
+
 # The text-file verbs: detection, counting and a round trip through UTF-16 and back.
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

@@ -36,6 +36,10 @@ def manual_classes(classes):
                 if p.name == "RHS":
                     continue
                 out += [".br", f".I {p.name}", f"\\(em {roff(p.doc or '(undocumented)')}"]
+        for e in c.events:
+            params = ", ".join(p.idl_type + " " + p.name for p in e.params)
+            out += [".TP", f'.B "{roff(f"event {e.name}({params})")}"',
+                    roff(e.doc or "(undocumented)")]
     return "\n".join(out)
 
 

@@ -333,8 +333,11 @@ def gen_enums():
 def gen_header(classes):
     out = GENERATED_HEADER + [
         "#include <cstdint>",
+        "#include <functional>",
         "#include <memory>",
+        "#include <span>",
         "#include <string_view>",
+        "#include <utility>",
         "",
         '#include "orvogeneric/collection.hpp"',
         '#include "orvogeneric/export.hpp"',
@@ -349,6 +352,10 @@ def gen_header(classes):
         out.append(f"class ORVO_API {c.name} : public Object {{")
         out.append(" public:")
         out.append(f"  {c.name}();")
+        if c.events:
+            # An object that raises events is one source of them, handed out by reference.
+            out.append(f"  {c.name}(const {c.name}&) = delete;")
+            out.append(f"  {c.name}& operator=(const {c.name}&) = delete;")
         out.append("  [[nodiscard]] std::string_view className() const noexcept override {")
         out.append(f'    return "{c.name}";')
         out.append("  }")
@@ -360,11 +367,38 @@ def gen_header(classes):
             if m.kind == "PropertyLet":
                 params = f"{m.params[0].cpp_decl().replace(' RHS', ' value')}"
             out.append(f"  {m.cpp_result()} {m.name}({params});")
+        for e in c.events:
+            # A typed handler over the object's one event listener, on the thread that raises
+            # the event; an empty handler removes it.
+            if e.doc:
+                out.append(f"  // {e.doc}")
+            out.append(f"  // Makes handler the object's listener, for {e.name}; an empty one removes it.")
+            if e.params:
+                out.append(f"  void On{e.name}(std::function<void(std::span<Variant> args)> handler) {{")
+                call = "h(args);"
+                ignored = "std::span<Variant> args"
+            else:
+                out.append(f"  void On{e.name}(std::function<void()> handler) {{")
+                call = "h();"
+                ignored = "std::span<Variant>"
+            out.append("    if (!handler) return setEventListener({});")
+            out.append(f"    setEventListener([h = std::move(handler)](std::string_view event, {ignored}) {{")
+            out.append(f'      if (event == "{e.name}") {call}')
+            out.append("    });")
+            out.append("  }")
         if c.stateful:
             out.append("")
             out.append("  // The object's own state, defined where the class is implemented.")
             out.append("  struct Impl;")
             out.append("  [[nodiscard]] Impl& impl() const noexcept { return *impl_; }")
+        if c.events:
+            out.append("")
+            out.append(" protected:")
+            for e in c.events:
+                if e.params:
+                    out.append(f"  void Raise{e.name}(std::span<Variant> args) const {{ raiseEvent(\"{e.name}\", args); }}")
+                else:
+                    out.append(f"  void Raise{e.name}() const {{ raiseEvent(\"{e.name}\", {{}}); }}")
         if c.oncreate:
             out.append("")
             out.append(" private:")

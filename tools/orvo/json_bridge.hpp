@@ -25,15 +25,25 @@ namespace orvo::cli {
 inline constexpr int kMaxNesting = 1000;
 
 // Objects handed out during one process, by handle, so that a later batch line can call them.
+// Their events are kept as JSON lines, {"event": NAME, "object": H} (with "args" when the event
+// has any), until the batch writes them.
 class ObjectTable {
  public:
+  ObjectTable() = default;
+  ObjectTable(const ObjectTable&) = delete;
+  ObjectTable& operator=(const ObjectTable&) = delete;
+  // Stops listening: an object outlives the table only in a caller that still holds it.
+  ~ObjectTable();
   std::int64_t add(const std::shared_ptr<Object>& object);
   [[nodiscard]] std::shared_ptr<Object> get(std::int64_t handle) const;
+  // The event lines raised since the last call, oldest first.
+  std::vector<std::string> takeEvents();
 
  private:
   std::map<std::int64_t, std::shared_ptr<Object>> objects_;
   std::map<const Object*, std::int64_t> handles_;
   std::int64_t next_ = 1;
+  std::vector<std::string> events_;
 };
 
 // The JSON text is not JSON at all (as opposed to JSON whose value cannot be used).

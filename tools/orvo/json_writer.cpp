@@ -1,6 +1,8 @@
 #include <charconv>
 #include <cstdio>
+#include <span>
 #include <string>
+#include <utility>
 
 #include "json_bridge.hpp"
 #include "json_scalars.hpp"
@@ -23,13 +25,36 @@ void appendInteger(std::string& out, Integer v) {
 
 }  // namespace
 
+ObjectTable::~ObjectTable() {
+  for (auto& [handle, object] : objects_) object->setEventListener({});
+}
+
 std::int64_t ObjectTable::add(const std::shared_ptr<Object>& object) {
   const auto it = handles_.find(object.get());
   if (it != handles_.end()) return it->second;
-  objects_[next_] = object;
-  handles_[object.get()] = next_;
-  return next_++;
+  const std::int64_t handle = next_++;
+  objects_[handle] = object;
+  handles_[object.get()] = handle;
+  object->setEventListener([this, handle](std::string_view event, std::span<Variant> args) {
+    std::string line = "{\"event\":";
+    appendQuoted(line, std::u16string(event.begin(), event.end()));
+    line += ",\"object\":";
+    appendInteger(line, handle);
+    if (!args.empty()) {
+      line += ",\"args\":[";
+      for (std::size_t i = 0; i < args.size(); ++i) {
+        if (i > 0) line += ',';
+        appendJson(line, args[i], *this);
+      }
+      line += ']';
+    }
+    line += '}';
+    events_.push_back(std::move(line));
+  });
+  return handle;
 }
+
+std::vector<std::string> ObjectTable::takeEvents() { return std::exchange(events_, {}); }
 
 void appendQuoted(std::string& out, std::u16string_view text) {
   // Grown once to its size: a long text grown by doubling would hold two copies at its last

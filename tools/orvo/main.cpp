@@ -8,15 +8,16 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iostream>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "batch_input.hpp"
 #include "cli.hpp"
 #include "file_verbs.hpp"
 #include "member_verbs.hpp"
 #include "orvogeneric/automation.hpp"
+#include "orvogeneric/event_loop.hpp"
 #include "orvogeneric/tool_checks.hpp"
 #include "orvogeneric/version.hpp"
 #include "resource_verbs.hpp"
@@ -115,14 +116,24 @@ int commandCall(int argc, char** argv) {
 
 int commandBatch() {
   cli::ObjectTable objects;
-  // Buffered reading of its own: standard input is read by nothing else in the process.
-  std::ios::sync_with_stdio(false);
+  // Events (a timer's ticks) are lines of their own, written as they are raised: between the
+  // answers, while the batch waits for its next request.
+  const auto writeEvents = [&objects] {
+    bool ok = true;
+    for (const std::string& event : objects.takeEvents()) ok = ok && put(event) && put("\n");
+    return ok && std::fflush(stdout) == 0;
+  };
+  bool writable = true;
+  cli::BatchInput input(0, static_cast<int>(ownLoopWaitHandle()));
   std::string line;  // one buffer for every line, grown in place for a long one
-  while (std::getline(std::cin, line)) {
+  while (writable && input.next(line, [&] {
+    dispatchDueTimers();
+    writable = writeEvents();
+  })) {
     std::string_view text(line);
     if (!text.empty() && text.back() == '\r') text.remove_suffix(1);
     std::string answer = cli::batchLine(text, objects);
-    if (!put(answer) || !put("\n") || std::fflush(stdout) != 0) return finish(0);
+    writable = put(answer) && put("\n") && writeEvents();
   }
   return finish(0);
 }

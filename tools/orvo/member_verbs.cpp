@@ -43,6 +43,16 @@ std::string signature(const automation::MemberInfo& m, std::string_view qualifie
   return out + ")";
 }
 
+// "event Timer()": what an object raises, which orvo batch writes as {"event": NAME, ...}.
+std::string eventSignature(const automation::EventInfo& e) {
+  std::string out = "event ";
+  out.append(e.name).append("(");
+  for (std::size_t i = 0; i < e.params.size(); ++i) {
+    out.append(i > 0 ? ", " : "").append(e.params[i].type).append(" ").append(e.params[i].name);
+  }
+  return out + ")";
+}
+
 int noClass(std::string_view verb, const std::string& name) {
   std::fprintf(stderr, "orvo %.*s: no class %s (orvo members lists them all)\n",
                static_cast<int>(verb.size()), verb.data(), name.c_str());
@@ -66,6 +76,7 @@ int commandMembers(const std::vector<std::string>& args) {
     if (only != nullptr && only != &cls) continue;
     out.append(cls.name).append(cls.global ? " (global)" : "").append("\n");
     for (const auto& m : cls.members) out.append("  ").append(signature(m)).append("\n");
+    for (const auto& e : cls.events) out.append("  ").append(eventSignature(e)).append("\n");
   }
   put(out);
   return done(0);
@@ -86,6 +97,9 @@ int commandHelp(const std::vector<std::string>& args) {
     out.append(cls->name).append(cls->global ? " (global)" : "").append("\n");
     for (const auto& m : cls->members) {
       out.append("  ").append(signature(m)).append("\n      ").append(m.doc).append("\n");
+    }
+    for (const auto& e : cls->events) {
+      out.append("  ").append(eventSignature(e)).append("\n      ").append(e.doc).append("\n");
     }
     put(out);
     return done(0);
