@@ -7,7 +7,8 @@ set(ORVO_SOURCES_AUTOMATION
     src/automation/invoke.cpp)
 
 set(ORVO_SOURCES_DESKTOP
-    src/desktop/TimerObject.cpp)
+    src/desktop/TimerObject.cpp
+    src/desktop/clipboard.cpp)
 
 set(ORVO_SOURCES_ERRORS
     src/errors/error_reporter.cpp)

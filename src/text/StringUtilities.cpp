@@ -1,3 +1,4 @@
+#include "desktop/clipboard.hpp"
 #include "orvogeneric/classes.hpp"
 #include "text/numbers.hpp"
 #include "text/paths.hpp"
@@ -147,5 +148,13 @@ String StringUtilities::PathWithBackslash(const String& Path) {
 String StringUtilities::LongDirFix(const String& Path, std::int16_t MaxTotalLength) {
   return text::LongDirFix(Path, MaxTotalLength);
 }
+
+String StringUtilities::GetPathFromClipboard(enumGetPathFromClipboardSearch Search) {
+  return clipboard::GetPathFromClipboard(Search);
+}
+
+String StringUtilities::ClipboardGetText() { return clipboard::ClipboardGetText(); }
+
+void StringUtilities::ClipboardSetText(const String& text) { clipboard::ClipboardSetText(text); }
 
 }  // namespace orvo
