@@ -8,6 +8,7 @@ set(ORVO_SOURCES_AUTOMATION
 
 set(ORVO_SOURCES_DESKTOP
     src/desktop/TimerObject.cpp
+    src/desktop/VisualUtilities.cpp
     src/desktop/clipboard.cpp)
 
 set(ORVO_SOURCES_ERRORS

@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "orvogeneric/collection.hpp"
+#include "orvogeneric/rect_record.hpp"
 #include "orvogeneric/variant.hpp"
 
 // Argument coercion for late-bound calls, as an automation host performs it before a member
@@ -26,6 +27,8 @@ std::shared_ptr<Collection> coerceCollection(const Variant& v);
 std::shared_ptr<Object> coerceObject(const Variant& v);
 // The array inside an array argument; anything else is a Type mismatch (13).
 SafeArray& arrayArgument(Variant& v);
+// A record argument: an object holding a RECT; Empty or a missing one is the empty RECT.
+RECT coerceRect(const Variant& v);
 [[noreturn]] void raiseTypeMismatch();
 
 template <class T>
@@ -59,6 +62,8 @@ T coerce(const Variant& v) {
     return coerceCollection(v);
   else if constexpr (std::is_same_v<T, std::shared_ptr<Object>>)
     return coerceObject(v);
+  else if constexpr (std::is_same_v<T, RECT>)
+    return coerceRect(v);
   else if constexpr (IsObjectPointer<T>::value) {
     // An object of one class: another class is a Type mismatch, as the typed parameter is.
     auto object = coerceObject(v);
@@ -78,6 +83,8 @@ Variant toVariant(T value) {
     return Variant(static_cast<std::int32_t>(value));
   } else if constexpr (IsObjectPointer<T>::value) {
     return Variant(std::shared_ptr<Object>(std::move(value)));
+  } else if constexpr (std::is_same_v<T, RECT>) {
+    return Variant(std::shared_ptr<Object>(std::make_shared<RectRecord>(value)));
   } else {
     return Variant(std::move(value));
   }

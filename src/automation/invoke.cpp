@@ -89,6 +89,14 @@ std::shared_ptr<Object> coerceObject(const Variant& v) {
   return *object;
 }
 
+RECT coerceRect(const Variant& v) {
+  const auto object = coerceObject(v);
+  if (!object) return RECT{};
+  const auto* record = dynamic_cast<const RectRecord*>(object.get());
+  if (record == nullptr) runtime::raise(runtime::errTypeMismatch);
+  return record->value;
+}
+
 void raiseTypeMismatch() { runtime::raise(runtime::errTypeMismatch); }
 
 SafeArray& arrayArgument(Variant& v) {

@@ -36,6 +36,10 @@ expect 0 '{"result":2}' -- call MathsUtilities.RoundUp 1.2
 expect 0 '{"result":true,"byref":{"value":"a_b","Info":"-"}}' -- call StringUtilities.StringContainsBannedCharsEx a-b - true _ '"'"'x'"'"'
 expect 0 '{"result":null,"byref":{"ToCorrect":"abc"}}' -- call StringUtilities.CorrectDLLStringForDBCS abc
 expect 0 '{"result":true}' -- call StringUtilities.IsArrayInitialised '{"lbound":1,"items":[7]}'
+# A RECT travels as its four fields, in and back; without a desktop the work area is empty.
+expect 0 '{"result":null,"byref":{"WorkAreaTwips":{"Left":0,"Top":0,"Right":0,"Bottom":0}}}' -- call VisualUtilities.GetWorkAreaTwips '{"Left":1,"Top":2,"Right":3,"Bottom":4}'
+expect 1 '{"error":{"number":5,"description":"Invalid procedure call or argument: a RECT'"'"'s Left, Top, Right and Bottom are 32-bit whole numbers, in {\"Left\":1.5,\"Top\":2,\"Right\":3,\"Bottom\":4...","source":"orvo"}}' -- call VisualUtilities.GetWorkAreaTwips '{"Left":1.5,"Top":2,"Right":3,"Bottom":4}'
+expect 0 '{"result":0}' -- call VisualUtilities.FindWindow x 0
 expect 0 '{"result":false}' -- call StringUtilities.IsArrayInitialised '{"lbound":0,"items":null}'
 
 # A batch keeps one process: the cached decimal separator and objects carry over; a bad line

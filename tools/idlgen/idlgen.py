@@ -27,6 +27,8 @@ SCALARS = {
     "Currency": ("Currency", "Currency"),
     "Date": ("Date", "Date"),
     "Collection": ("const std::shared_ptr<Collection>&", "std::shared_ptr<Collection>"),
+    # The record of four Longs (Left, Top, Right, Bottom); late-bound, a RectRecord object.
+    "RECT": ("const RECT&", "RECT"),
     # Any automation object (a font a host hands in, ...), reached by late binding.
     "Object": ("const std::shared_ptr<Object>&", "std::shared_ptr<Object>"),
 }

@@ -8,6 +8,7 @@
 
 #include "json_bridge.hpp"
 #include "json_scalars.hpp"
+#include "orvogeneric/rect_record.hpp"
 #include "orvogeneric/types.hpp"
 
 namespace orvo::cli {
@@ -256,7 +257,23 @@ class Reader {
       checkUpperBound(lbound, items->size(), source);
       return Variant(SafeArray(VarType::Variant, lbound, std::move(*items)));
     }
+    const Variant* left = find(m, u"Left");
+    const Variant* top = find(m, u"Top");
+    const Variant* right = find(m, u"Right");
+    const Variant* bottom = find(m, u"Bottom");
+    if (left != nullptr && top != nullptr && right != nullptr && bottom != nullptr) {
+      return Variant(std::shared_ptr<Object>(
+          std::make_shared<RectRecord>(RECT{field(*left, source), field(*top, source),
+                                            field(*right, source), field(*bottom, source)})));
+    }
     badArgument("unknown JSON object form: " + excerpt(source));
+  }
+
+  // A RECT's field: a whole number of 32 bits.
+  static std::int32_t field(const Variant& v, std::string_view source) {
+    if (const auto* i = v.get<std::int32_t>()) return *i;
+    badArgument("a RECT's Left, Top, Right and Bottom are 32-bit whole numbers, in " +
+                excerpt(source));
   }
 
   std::int64_t handleOf(const Variant& v, std::string_view source) const {

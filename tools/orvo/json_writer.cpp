@@ -6,6 +6,7 @@
 
 #include "json_bridge.hpp"
 #include "json_scalars.hpp"
+#include "orvogeneric/rect_record.hpp"
 #include "orvogeneric/types.hpp"
 
 namespace orvo::cli {
@@ -219,6 +220,19 @@ void appendJson(std::string& out, const Variant& v, ObjectTable& objects) {
       const auto& object = *v.object();
       if (!object) {
         out += R"({"object":null})";
+        return;
+      }
+      // A record is its fields, not a handle: it is a value, and the caller reads it.
+      if (const auto* rect = dynamic_cast<const RectRecord*>(object.get())) {
+        out += R"({"Left":)";
+        appendInteger(out, rect->value.Left);
+        out += R"(,"Top":)";
+        appendInteger(out, rect->value.Top);
+        out += R"(,"Right":)";
+        appendInteger(out, rect->value.Right);
+        out += R"(,"Bottom":)";
+        appendInteger(out, rect->value.Bottom);
+        out += '}';
         return;
       }
       out += R"({"object":)";
