@@ -12,7 +12,8 @@ set(ORVO_SOURCES_DESKTOP
     src/desktop/clipboard.cpp)
 
 set(ORVO_SOURCES_ERRORS
-    src/errors/error_reporter.cpp)
+    src/errors/error_reporter.cpp
+    src/errors/error_reports.cpp)
 
 set(ORVO_SOURCES_FILES
     src/files/FileSubs.cpp

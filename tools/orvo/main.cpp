@@ -41,6 +41,7 @@ constexpr const char* kUsage =
     "  orvo log [--app DIR NAME] MESSAGE                a line into the application's log\n"
     "  orvo mutex NAME                                  whether a named mutex is held now\n"
     "  orvo strings [--json] [--language L] DLL [ID...] a satellite library's string tables\n"
+    "  orvo error [--procedure P] [--log FILE] MESSAGE  the error dialog, for a script\n"
     "  orvo --version                                   the tool's and the library's version\n"
     "Each verb takes --help.\n"
     "ARG is read by the member's declared type: a String takes the text as typed, the others\n"
@@ -182,6 +183,7 @@ int main(int argc, char** argv) {
   if (verb == "ini") return cli::commandIni(rest);
   if (verb == "log") return cli::commandLog(rest);
   if (verb == "mutex") return cli::commandMutex(rest);
+  if (verb == "error") return cli::commandError(rest);
   if (verb == "strings") return cli::commandStrings(rest);
   std::fprintf(stderr, "orvo: unknown command '%s'\n%s", verb.c_str(), kUsage);
   return 2;

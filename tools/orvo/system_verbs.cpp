@@ -4,6 +4,7 @@
 
 #include "arguments.hpp"
 #include "orvogeneric/classes.hpp"
+#include "orvogeneric/error_reports.hpp"
 #include "verb_support.hpp"
 
 namespace orvo::cli {
@@ -16,6 +17,13 @@ constexpr const char* kMutexHelp =
     "guard, named as ORVOMutexName names them), else false. A holder that ended, however it\n"
     "ended, holds nothing.\n"
     "Exit status: 0 held, 1 free (so that `if orvo mutex NAME` reads as a question), 2 usage.\n";
+constexpr const char* kErrorHelp =
+    "usage: orvo error [--procedure PROC] [--log FILE] MESSAGE\n"
+    "Shows MESSAGE in the library's error dialog, as a host's report of an error: the message,\n"
+    "then \"Procedure: PROC\" (default orvo). With --log the report is first appended to FILE\n"
+    "(created when missing) and the dialog says where. The dialog is modal: orvo waits until it\n"
+    "is closed. Without a desktop the report is written to standard error.\n"
+    "Exit status: 0 shown and closed, 2 usage.\n";
 
 }  // namespace
 
@@ -28,6 +36,19 @@ int commandMutex(const std::vector<std::string>& args) {
   const bool held = system.MutexAlreadyExists(fromSystemBytes(parsed.operands[0])) == VBool::True;
   put(held ? "true\n" : "false\n");
   return done(held ? 0 : 1);
+}
+
+int commandError(const std::vector<std::string>& args) {
+  const Arguments parsed = splitArguments(args, {{"--procedure", true}, {"--log", true}},
+                                          OptionPlacement::BeforeOperands);
+  if (parsed.help) return std::fputs(kErrorHelp, stdout) < 0 ? 3 : done(0);
+  if (!parsed.error.empty()) return usageError("error", parsed.error, kErrorHelp);
+  if (parsed.operands.size() != 1) return usageError("error", "one MESSAGE is needed", kErrorHelp);
+  const std::string* procedure = parsed.value("--procedure");
+  if (const std::string* log = parsed.value("--log")) StartLoggingErrors(fromSystemBytes(*log));
+  ReportError(fromSystemBytes(procedure != nullptr ? *procedure : "orvo"),
+              fromSystemBytes(parsed.operands[0]));
+  return done(0);
 }
 
 }  // namespace orvo::cli
