@@ -128,7 +128,8 @@ if(UNIX)
       src/platform/posix/thread.cpp
       src/platform/posix/tool_checks.cpp
       src/platform/posix/waitable_timer.cpp
-      src/platform/posix/whole_file.cpp)
+      src/platform/posix/whole_file.cpp
+      src/platform/posix/x11_desktop.cpp)
 else()
   message(FATAL_ERROR "ORVOGeneric has no platform layer for ${CMAKE_SYSTEM_NAME} yet (src/platform/posix is the only one)")
 endif()

@@ -2,6 +2,8 @@
 
 #include <mutex>
 
+#include "platform/x11_desktop.hpp"
+
 namespace orvo {
 
 // The answers of a process that has no desktop: nothing to find, nothing to press, nowhere to
@@ -33,23 +35,26 @@ namespace {
 class NoDesktop final : public Desktop {};
 
 std::mutex gMutex;
-std::shared_ptr<Desktop>& current() {
-  static std::shared_ptr<Desktop> desktop = std::make_shared<NoDesktop>();
-  return desktop;
-}
+std::shared_ptr<Desktop> gDesktop;  // null until installed or first asked for
 
 }  // namespace
 
 std::shared_ptr<Desktop> setDesktop(std::shared_ptr<Desktop> desktop) {
   if (!desktop) desktop = std::make_shared<NoDesktop>();
   const std::lock_guard lock(gMutex);
-  std::swap(current(), desktop);
-  return desktop;
+  std::swap(gDesktop, desktop);
+  return desktop ? desktop : std::make_shared<NoDesktop>();
 }
 
 std::shared_ptr<Desktop> desktop() {
   const std::lock_guard lock(gMutex);
-  return current();
+  // Until a host installs one, the process's desktop is the X display it was started on, if
+  // any, connected when the library first asks something of it.
+  if (!gDesktop) {
+    gDesktop = platform::connectX11Desktop();
+    if (!gDesktop) gDesktop = std::make_shared<NoDesktop>();
+  }
+  return gDesktop;
 }
 
 }  // namespace orvo

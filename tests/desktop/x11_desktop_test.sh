@@ -1,0 +1,111 @@
+#!/usr/bin/env bash
+# Other programs' windows on a real X display: Xvfb with openbox as the window manager, xmessage
+# windows as the other programs, xdotool and xprop as the judges. orvo asks through the
+# library's own X desktop.
+set -u
+orvo=$1
+fails=0
+fail() {
+  printf 'FAIL: %s\n' "$*"
+  fails=$((fails + 1))
+}
+for tool in Xvfb openbox xmessage xdotool xprop; do
+  command -v "$tool" >/dev/null || { echo "FAIL: $tool is missing (scripts/setup.sh installs it)"; exit 1; }
+done
+
+work=$(mktemp -d)
+pids=()
+cleanup() {
+  for pid in "${pids[@]}"; do kill "$pid" 2>/dev/null; done
+  wait 2>/dev/null
+  rm -rf "$work"
+}
+trap cleanup EXIT
+
+# A display of known size and resolution: 96 dots per inch, 15 twips a pixel.
+exec 9>"$work/display"
+Xvfb -displayfd 9 -screen 0 1920x1080x24 -dpi 96 -nolisten tcp >"$work/xvfb.log" 2>&1 &
+pids+=($!)
+for _ in $(seq 100); do [[ -s "$work/display" ]] && break; sleep 0.1; done
+export DISPLAY=":$(head -n 1 "$work/display")"
+[[ "$DISPLAY" != ":" ]] || { echo "FAIL: Xvfb did not start"; cat "$work/xvfb.log"; exit 1; }
+openbox --sm-disable >"$work/openbox.log" 2>&1 &
+pids+=($!)
+until_true() {  # until_true SECONDS COMMAND...: whether the command succeeded within the time
+  local tries=$(($1 * 10))
+  shift
+  for _ in $(seq "$tries"); do "$@" && return 0; sleep 0.1; done
+  return 1
+}
+until_true 10 bash -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"' ||
+  { echo "FAIL: openbox did not start"; cat "$work/openbox.log"; exit 1; }
+
+window_of() {  # the X id (decimal) of the one window with that exact title, once it is mapped
+  local id=""
+  for _ in $(seq 100); do
+    id=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n 1)
+    [[ -n "$id" ]] && { echo "$id"; return 0; }
+    sleep 0.1
+  done
+  return 1
+}
+xmessage -title "Alpha Report" "alpha" >/dev/null 2>&1 &
+pids+=($!)
+xmessage -title "Beta Tool" "beta" >/dev/null 2>&1 &
+pids+=($!)
+alpha=$(window_of "Alpha Report") || fail "no Alpha Report window"
+beta=$(window_of "Beta Tool") || fail "no Beta Tool window"
+# The list the library reads is the window manager's, filled once it has managed both.
+until_true 10 bash -c "xprop -root _NET_CLIENT_LIST | grep -q \"$(printf '0x%x' "$beta")\""
+
+call() { "$orvo" call "$@" 2>/dev/null; }
+
+# Found by each method, without regard to case; a window that is not shown is skipped.
+while IFS='|' read -r title method want; do
+  got=$(call VisualUtilities.FindWindow "$title" "$method")
+  [[ "$got" == "{\"result\":$want}" ]] || fail "FindWindow '$title' $method: $got, want $want"
+done <<TABLE
+alpha|0|$alpha
+ALPHA|0|$alpha
+report|1|$alpha
+beta tool|2|$beta
+beta|2|0
+nothing like it|1|0
+TABLE
+got=$(call VisualUtilities.FindWindow "alpha" 0 'FullTitle:=""')
+[[ "$got" == "{\"result\":$alpha,\"byref\":{\"FullTitle\":\"Alpha Report\"}}" ]] ||
+  fail "FindWindow's full title: $got"
+[[ $(call VisualUtilities.WindowVisible "$alpha") == '{"result":true}' ]] || fail "alpha not visible"
+
+# Activated over another active window, as the window manager reports it.
+xdotool windowactivate --sync "$beta"
+call VisualUtilities.WindowActivateAndRestore "$alpha" >/dev/null
+until_true 3 bash -c "[[ \$(xdotool getactivewindow) == $alpha ]]" ||
+  fail "alpha not active after WindowActivateAndRestore (active: $(xdotool getactivewindow))"
+
+# Restored from minimised.
+xdotool windowminimize --sync "$alpha"
+until_true 3 bash -c "xprop -id $alpha WM_STATE | grep -q Iconic" || fail "alpha did not minimise"
+[[ $(call VisualUtilities.WindowVisible "$alpha") == '{"result":false}' ]] ||
+  fail "a minimised window is visible"
+call VisualUtilities.RestoreWindow "$alpha" >/dev/null
+until_true 3 bash -c "xprop -id $alpha WM_STATE | grep -q Normal" || fail "alpha not restored"
+[[ $(call VisualUtilities.FindWindow "alpha" 0) == "{\"result\":$alpha}" ]] ||
+  fail "the restored window is not found again"
+
+# The work area of a 1920 x 1080 screen without panels, at 15 twips a pixel.
+area='{"result":null,"byref":{"WorkAreaTwips":{"Left":0,"Top":0,"Right":28800,"Bottom":16200}}}'
+got=$(call VisualUtilities.GetWorkAreaTwips '{"Left":0,"Top":0,"Right":0,"Bottom":0}')
+[[ "$got" == "$area" ]] || fail "GetWorkAreaTwips: $got"
+got=$(call VisualUtilities.GetWorkArea '{"Left":0,"Top":0,"Right":0,"Bottom":0}' "$beta")
+[[ "$got" == "$area" ]] || fail "GetWorkArea of a window: $got"
+
+# A window that is unmapped is no candidate.
+xdotool windowunmap --sync "$beta"
+[[ $(call VisualUtilities.FindWindow "beta" 0) == '{"result":0}' ]] || fail "an unmapped window was found"
+
+if ((fails > 0)); then
+  echo "$fails X desktop check(s) failed"
+  exit 1
+fi
+echo "X desktop checks passed"
