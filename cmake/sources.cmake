@@ -129,7 +129,8 @@ if(UNIX)
       src/platform/posix/tool_checks.cpp
       src/platform/posix/waitable_timer.cpp
       src/platform/posix/whole_file.cpp
-      src/platform/posix/x11_desktop.cpp)
+      src/platform/posix/x11_desktop.cpp
+      src/platform/posix/x11_keys.cpp)
 else()
   message(FATAL_ERROR "ORVOGeneric has no platform layer for ${CMAKE_SYSTEM_NAME} yet (src/platform/posix is the only one)")
 endif()

@@ -100,6 +100,28 @@ got=$(call VisualUtilities.GetWorkAreaTwips '{"Left":0,"Top":0,"Right":0,"Bottom
 got=$(call VisualUtilities.GetWorkArea '{"Left":0,"Top":0,"Right":0,"Bottom":0}' "$beta")
 [[ "$got" == "$area" ]] || fail "GetWorkArea of a window: $got"
 
+# The keyboard and the pointer as they are at this moment.
+key_is() {  # key_is CODE true|false
+  local got
+  got=$(call SystemUtilities.IsKeyDown "$1")
+  [[ "$got" == "{\"result\":$2}" ]] || fail "IsKeyDown $1: $got, want $2"
+}
+key_is 16 false
+xdotool keydown shift
+key_is 16 true
+key_is 160 true
+key_is 17 false
+xdotool keyup shift
+key_is 16 false
+xdotool keydown a
+key_is 65 true
+xdotool keyup a
+key_is 65 false
+xdotool mousedown 1
+key_is 1 true
+xdotool mouseup 1
+key_is 1 false
+
 # A window that is unmapped is no candidate.
 xdotool windowunmap --sync "$beta"
 [[ $(call VisualUtilities.FindWindow "beta" 0) == '{"result":0}' ]] || fail "an unmapped window was found"

@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/posix/x11_keys.hpp"
+
 namespace orvo::platform {
 
 namespace {
@@ -250,6 +252,34 @@ class X11Desktop final : public Desktop {
         std::find_if(monitors.begin(), monitors.end(), [](const Monitor& m) { return m.primary; });
     return intersection(primary != monitors.end() ? primary->rect : monitors.front().rect,
                         workArea());
+  }
+
+  bool isKeyDown(std::int32_t virtualKey) override {
+    if (const int button = buttonOfVirtualKey(virtualKey); button != 0) {
+      const Freed pointer(xcb_query_pointer_reply(
+          connection_, xcb_query_pointer(connection_, screen_->root), nullptr));
+      return pointer && (pointer->mask & (XCB_BUTTON_MASK_1 << (button - 1))) != 0;
+    }
+    const std::vector<std::uint32_t> wanted = keysymsOfVirtualKey(virtualKey);
+    if (wanted.empty()) return false;
+    const xcb_setup_t* setup = xcb_get_setup(connection_);
+    const xcb_keycode_t first = setup->min_keycode;
+    const auto count = static_cast<std::uint8_t>(setup->max_keycode - first + 1);
+    const Freed keymap(xcb_query_keymap_reply(connection_, xcb_query_keymap(connection_), nullptr));
+    const Freed mapping(xcb_get_keyboard_mapping_reply(
+        connection_, xcb_get_keyboard_mapping(connection_, first, count), nullptr));
+    if (!keymap || !mapping) return false;
+    const xcb_keysym_t* keysyms = xcb_get_keyboard_mapping_keysyms(mapping.reply);
+    const int perKey = mapping->keysyms_per_keycode;
+    for (int k = 0; k < count; ++k) {
+      const int keycode = first + k;
+      if ((keymap->keys[keycode / 8] & (1U << (keycode % 8))) == 0) continue;
+      for (int j = 0; j < perKey; ++j) {
+        const xcb_keysym_t sym = keysyms[k * perKey + j];
+        if (std::find(wanted.begin(), wanted.end(), sym) != wanted.end()) return true;
+      }
+    }
+    return false;
   }
 
   TwipsPerPixel twipsPerPixel() override {
