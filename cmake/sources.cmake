@@ -129,6 +129,7 @@ if(UNIX)
       src/platform/posix/tool_checks.cpp
       src/platform/posix/waitable_timer.cpp
       src/platform/posix/whole_file.cpp
+      src/platform/posix/x11_clipboard.cpp
       src/platform/posix/x11_desktop.cpp
       src/platform/posix/x11_keys.cpp)
 else()

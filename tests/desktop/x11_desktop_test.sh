@@ -9,7 +9,7 @@ fail() {
   printf 'FAIL: %s\n' "$*"
   fails=$((fails + 1))
 }
-for tool in Xvfb openbox xmessage xdotool xprop; do
+for tool in Xvfb openbox xmessage xdotool xprop xclip; do
   command -v "$tool" >/dev/null || { echo "FAIL: $tool is missing (scripts/setup.sh installs it)"; exit 1; }
 done
 
@@ -121,6 +121,35 @@ xdotool mousedown 1
 key_is 1 true
 xdotool mouseup 1
 key_is 1 false
+
+# The clipboard: written by the library and pasted by xclip while the writer lives (a batch
+# waiting for its next line), then written by xclip and read by the library.
+coproc BATCH { "$orvo" batch 2>/dev/null; }
+printf '%s\n' '{"call":"StringUtilities.ClipboardSetText","args":["Grüße, 日本 \\ done"]}' >&"${BATCH[1]}"
+read -r -t 5 answer <&"${BATCH[0]}"
+pasted=$(timeout 5 xclip -o -selection clipboard)
+[[ "$answer" == '{"result":null}' && "$pasted" == 'Grüße, 日本 \ done' ]] ||
+  fail "ClipboardSetText: answered $answer, xclip pasted '$pasted'"
+printf '%s\n' '{"call":"StringUtilities.ClipboardGetText"}' >&"${BATCH[1]}"
+read -r -t 5 answer <&"${BATCH[0]}"
+[[ "$answer" == '{"result":"Grüße, 日本 \\ done"}' ]] || fail "the writer's own clipboard: $answer"
+exec {BATCH[1]}>&-
+wait "$BATCH_PID" 2>/dev/null
+printf 'from xclip\r\nline two' | xclip -selection clipboard -i 2>/dev/null
+got=$(call StringUtilities.ClipboardGetText)
+[[ "$got" == '{"result":"from xclip\r\nline two"}' ]] || fail "ClipboardGetText: $got"
+touch "$work/report one.txt"
+printf 'not a path\n"%s"\n%s\n' "$work/report one.txt" "$work" | xclip -selection clipboard -i 2>/dev/null
+while IFS='|' read -r search want; do
+  got=$(call StringUtilities.GetPathFromClipboard "$search")
+  [[ "$got" == "{\"result\":\"$want\"}" ]] || fail "GetPathFromClipboard $search: $got, want $want"
+done <<TABLE
+1|$work/report one.txt
+2|$work/
+3|$work/report one.txt
+4|$work/
+5|
+TABLE
 
 # A window that is unmapped is no candidate.
 xdotool windowunmap --sync "$beta"

@@ -10,9 +10,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <mutex>
 #include <string>
 #include <vector>
 
+#include "platform/posix/x11_clipboard.hpp"
 #include "platform/posix/x11_keys.hpp"
 
 namespace orvo::platform {
@@ -254,6 +256,16 @@ class X11Desktop final : public Desktop {
                         workArea());
   }
 
+  std::optional<String> clipboardText() override {
+    X11Clipboard* c = clipboard();
+    return c != nullptr ? c->text() : std::nullopt;
+  }
+
+  bool setClipboardText(std::u16string_view text) override {
+    X11Clipboard* c = clipboard();
+    return c != nullptr && c->setText(text);
+  }
+
   bool isKeyDown(std::int32_t virtualKey) override {
     if (const int button = buttonOfVirtualKey(virtualKey); button != 0) {
       const Freed pointer(xcb_query_pointer_reply(
@@ -302,6 +314,12 @@ class X11Desktop final : public Desktop {
   };
 
   static xcb_window_t id(WindowHandle window) { return static_cast<xcb_window_t>(window); }
+
+  // The clipboard has a connection and a thread of its own, made when it is first used.
+  X11Clipboard* clipboard() {
+    std::call_once(clipboardMade_, [this] { clipboard_ = X11Clipboard::connect(); });
+    return clipboard_.get();
+  }
 
   xcb_atom_t intern(const char* name) {
     const Freed reply(xcb_intern_atom_reply(
@@ -364,6 +382,8 @@ class X11Desktop final : public Desktop {
   xcb_ewmh_connection_t ewmh_{};
   bool ewmhReady_ = false;
   xcb_atom_t wmState_ = XCB_ATOM_NONE;
+  std::once_flag clipboardMade_;
+  std::unique_ptr<X11Clipboard> clipboard_;
 };
 
 }  // namespace

@@ -1,0 +1,253 @@
+#include "platform/posix/x11_clipboard.hpp"
+
+#include <sys/socket.h>
+#include <xcb/xcb.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace orvo::platform {
+
+namespace {
+
+// How long a holder of the clipboard, or a clipboard manager, is given to answer.
+constexpr auto kAnswerTime = std::chrono::seconds(1);
+
+xcb_atom_t intern(xcb_connection_t* c, const char* name) {
+  xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
+      c, xcb_intern_atom(c, 0, static_cast<std::uint16_t>(std::strlen(name)), name), nullptr);
+  const xcb_atom_t atom = reply != nullptr ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+  std::free(reply);
+  return atom;
+}
+
+// Latin-1 for clients that ask for STRING: what it cannot hold becomes "?".
+std::string latin1(std::u16string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (const char16_t c : text) out.push_back(c < 0x100 ? static_cast<char>(c) : '?');
+  return out;
+}
+
+}  // namespace
+
+struct X11Clipboard::State {
+  xcb_connection_t* connection = nullptr;
+  xcb_window_t window = XCB_NONE;
+  xcb_atom_t clipboard = XCB_ATOM_NONE;
+  xcb_atom_t utf8 = XCB_ATOM_NONE;
+  xcb_atom_t text = XCB_ATOM_NONE;
+  xcb_atom_t targets = XCB_ATOM_NONE;
+  xcb_atom_t incr = XCB_ATOM_NONE;
+  xcb_atom_t property = XCB_ATOM_NONE;
+  xcb_atom_t manager = XCB_ATOM_NONE;
+  xcb_atom_t saveTargets = XCB_ATOM_NONE;
+
+  std::mutex mutex;
+  std::condition_variable answered;
+  bool owned = false;
+  std::string ownedUtf8;  // what is served while owned
+  String ownedText;
+  // The answer to the last conversion this process asked for.
+  bool arrived = false;
+  std::optional<std::string> received;
+  bool receivedLatin1 = false;  // STRING rather than UTF-8
+  bool managerDone = false;
+  std::thread events;
+
+  void serve(const xcb_selection_request_event_t& request) {
+    xcb_selection_notify_event_t notify{};
+    notify.response_type = XCB_SELECTION_NOTIFY;
+    notify.time = request.time;
+    notify.requestor = request.requestor;
+    notify.selection = request.selection;
+    notify.target = request.target;
+    // An old client names no property: the target is the property (ICCCM).
+    const xcb_atom_t into = request.property != XCB_ATOM_NONE ? request.property : request.target;
+    notify.property = XCB_ATOM_NONE;
+    {
+      const std::lock_guard lock(mutex);
+      if (owned) {
+        if (request.target == targets) {
+          const xcb_atom_t offered[] = {targets, utf8, text, XCB_ATOM_STRING};
+          xcb_change_property(connection, XCB_PROP_MODE_REPLACE, request.requestor, into,
+                              XCB_ATOM_ATOM, 32, 4, offered);
+          notify.property = into;
+        } else if (request.target == utf8 || request.target == text) {
+          xcb_change_property(connection, XCB_PROP_MODE_REPLACE, request.requestor, into, utf8, 8,
+                              static_cast<std::uint32_t>(ownedUtf8.size()), ownedUtf8.data());
+          notify.property = into;
+        } else if (request.target == XCB_ATOM_STRING) {
+          const std::string bytes = latin1(ownedText);
+          xcb_change_property(connection, XCB_PROP_MODE_REPLACE, request.requestor, into,
+                              XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(bytes.size()),
+                              bytes.data());
+          notify.property = into;
+        }
+      }
+    }
+    xcb_send_event(connection, 0, request.requestor, XCB_EVENT_MASK_NO_EVENT,
+                   reinterpret_cast<const char*>(&notify));
+    xcb_flush(connection);
+  }
+
+  void arrive(const xcb_selection_notify_event_t& notify) {
+    std::optional<std::string> got;
+    bool isLatin1 = false;
+    if (notify.property != XCB_ATOM_NONE) {
+      xcb_get_property_reply_t* reply =
+          xcb_get_property_reply(connection,
+                                 xcb_get_property(connection, 1, window, notify.property,
+                                                  XCB_GET_PROPERTY_TYPE_ANY, 0, UINT32_MAX / 4),
+                                 nullptr);
+      // Text sent in pieces (INCR) is not taken: its first answer is only a size.
+      if (reply != nullptr && reply->type != incr && reply->format == 8) {
+        const auto* data = static_cast<const char*>(xcb_get_property_value(reply));
+        got = std::string(data, static_cast<std::size_t>(xcb_get_property_value_length(reply)));
+        isLatin1 = reply->type == XCB_ATOM_STRING;
+      }
+      std::free(reply);
+    }
+    const std::lock_guard lock(mutex);
+    if (notify.selection == manager) {
+      managerDone = true;
+    } else {
+      received = std::move(got);
+      receivedLatin1 = isLatin1;
+      arrived = true;
+    }
+    answered.notify_all();
+  }
+
+  void run() {
+    while (xcb_generic_event_t* event = xcb_wait_for_event(connection)) {
+      switch (event->response_type & 0x7F) {
+        case XCB_SELECTION_REQUEST:
+          serve(*reinterpret_cast<xcb_selection_request_event_t*>(event));
+          break;
+        case XCB_SELECTION_NOTIFY:
+          arrive(*reinterpret_cast<xcb_selection_notify_event_t*>(event));
+          break;
+        case XCB_SELECTION_CLEAR: {
+          const std::lock_guard lock(mutex);
+          owned = false;
+          break;
+        }
+        default:
+          break;
+      }
+      std::free(event);
+    }
+  }
+};
+
+std::unique_ptr<X11Clipboard> X11Clipboard::connect() {
+  const char* display = std::getenv("DISPLAY");
+  if (display == nullptr || *display == '\0') return nullptr;
+  int screenNumber = 0;
+  xcb_connection_t* c = xcb_connect(nullptr, &screenNumber);
+  if (xcb_connection_has_error(c) != 0) {
+    xcb_disconnect(c);
+    return nullptr;
+  }
+  auto it = xcb_setup_roots_iterator(xcb_get_setup(c));
+  for (int i = 0; i < screenNumber && it.rem > 0; ++i) xcb_screen_next(&it);
+  auto state = std::make_unique<State>();
+  state->connection = c;
+  // A window of our own, never mapped: selections are owned by, and delivered to, a window.
+  state->window = xcb_generate_id(c);
+  const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+  xcb_create_window(c, XCB_COPY_FROM_PARENT, state->window, it.data->root, 0, 0, 1, 1, 0,
+                    XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+  state->clipboard = intern(c, "CLIPBOARD");
+  state->utf8 = intern(c, "UTF8_STRING");
+  state->text = intern(c, "TEXT");
+  state->targets = intern(c, "TARGETS");
+  state->incr = intern(c, "INCR");
+  state->property = intern(c, "ORVO_CLIPBOARD");
+  state->manager = intern(c, "CLIPBOARD_MANAGER");
+  state->saveTargets = intern(c, "SAVE_TARGETS");
+  xcb_flush(c);
+  State* raw = state.get();
+  state->events = std::thread([raw] { raw->run(); });
+  return std::unique_ptr<X11Clipboard>(new X11Clipboard(std::move(state)));
+}
+
+X11Clipboard::X11Clipboard(std::unique_ptr<State> state) : state_(std::move(state)) {}
+
+X11Clipboard::~X11Clipboard() {
+  State& s = *state_;
+  bool owned = false;
+  {
+    const std::lock_guard lock(s.mutex);
+    owned = s.owned;
+  }
+  // What this process put on the clipboard outlives it where a clipboard manager runs: the
+  // manager is asked to take a copy, and is served until it says it has.
+  if (owned) {
+    xcb_get_selection_owner_reply_t* reply = xcb_get_selection_owner_reply(
+        s.connection, xcb_get_selection_owner(s.connection, s.manager), nullptr);
+    const bool managed = reply != nullptr && reply->owner != XCB_NONE;
+    std::free(reply);
+    if (managed) {
+      xcb_convert_selection(s.connection, s.window, s.manager, s.saveTargets, s.property,
+                            XCB_CURRENT_TIME);
+      xcb_flush(s.connection);
+      std::unique_lock lock(s.mutex);
+      s.answered.wait_for(lock, kAnswerTime, [&s] { return s.managerDone; });
+    }
+  }
+  // Closing the connection ends the thread's wait for events.
+  xcb_destroy_window(s.connection, s.window);
+  xcb_flush(s.connection);
+  ::shutdown(xcb_get_file_descriptor(s.connection), SHUT_RDWR);
+  s.events.join();
+  xcb_disconnect(s.connection);
+}
+
+std::optional<String> X11Clipboard::text() {
+  State& s = *state_;
+  {
+    const std::lock_guard lock(s.mutex);
+    if (s.owned) return s.ownedText;
+    s.arrived = false;
+    s.received.reset();
+  }
+  xcb_convert_selection(s.connection, s.window, s.clipboard, s.utf8, s.property, XCB_CURRENT_TIME);
+  xcb_flush(s.connection);
+  std::unique_lock lock(s.mutex);
+  if (!s.answered.wait_for(lock, kAnswerTime, [&s] { return s.arrived; })) return std::nullopt;
+  if (!s.received) return std::nullopt;
+  if (!s.receivedLatin1) return fromUtf8(*s.received);
+  String out;
+  for (const char c : *s.received) out.push_back(static_cast<unsigned char>(c));
+  return out;
+}
+
+bool X11Clipboard::setText(std::u16string_view text) {
+  State& s = *state_;
+  {
+    const std::lock_guard lock(s.mutex);
+    s.ownedText = String(text);
+    s.ownedUtf8 = toUtf8(s.ownedText);
+    s.owned = true;
+  }
+  xcb_set_selection_owner(s.connection, s.window, s.clipboard, XCB_CURRENT_TIME);
+  xcb_get_selection_owner_reply_t* reply = xcb_get_selection_owner_reply(
+      s.connection, xcb_get_selection_owner(s.connection, s.clipboard), nullptr);
+  const bool ours = reply != nullptr && reply->owner == s.window;
+  std::free(reply);
+  if (!ours) {
+    const std::lock_guard lock(s.mutex);
+    s.owned = false;
+  }
+  return ours;
+}
+
+}  // namespace orvo::platform
