@@ -130,6 +130,7 @@ if(UNIX)
       src/platform/posix/waitable_timer.cpp
       src/platform/posix/whole_file.cpp
       src/platform/posix/x11_clipboard.cpp
+      src/platform/posix/x11_connection.cpp
       src/platform/posix/x11_desktop.cpp
       src/platform/posix/x11_keys.cpp)
 else()

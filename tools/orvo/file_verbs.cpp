@@ -62,22 +62,6 @@ const char* encodingName(std::int32_t e) {
   return e >= -1 && e <= 8 ? kNames[e + 1] : "unknown";
 }
 
-// How many bytes of the file are its byte-order mark.
-int bomSize(std::int32_t encoding) {
-  switch (encoding) {
-    case encUTF8_BOM:
-      return 3;
-    case encUTF16_LE:
-    case encUTF16_BE:
-      return 2;
-    case encUTF32_LE:
-    case encUTF32_BE:
-      return 4;
-    default:
-      return 0;
-  }
-}
-
 // The code page's name as iconv (and most charset tables) know it; empty for none.
 std::string charsetName(std::int32_t codePage) {
   switch (codePage) {
@@ -194,7 +178,7 @@ int commandEncoding(const std::vector<std::string>& args) {
         appendQuoted(line, name);
         line.append(",\"encoding\":\"").append(encodingName(e));
         line.append("\",\"number\":").append(std::to_string(e));
-        line.append(",\"bom\":").append(std::to_string(bomSize(e)));
+        line.append(",\"bom\":").append(std::to_string(files.DefaultBOMSize(e)));
         line.append(",\"codePage\":").append(std::to_string(cp)).append(",\"charset\":");
         line.append(charset.empty() ? "null" : "\"" + charset + "\"").append("}\n");
         put(line);

@@ -12,20 +12,14 @@
 #include <thread>
 #include <vector>
 
+#include "platform/posix/x11_connection.hpp"
+
 namespace orvo::platform {
 
 namespace {
 
 // How long a holder of the clipboard, or a clipboard manager, is given to answer.
 constexpr auto kAnswerTime = std::chrono::seconds(1);
-
-xcb_atom_t intern(xcb_connection_t* c, const char* name) {
-  xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
-      c, xcb_intern_atom(c, 0, static_cast<std::uint16_t>(std::strlen(name)), name), nullptr);
-  const xcb_atom_t atom = reply != nullptr ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
-  std::free(reply);
-  return atom;
-}
 
 // Latin-1 for clients that ask for STRING: what it cannot hold becomes "?".
 std::string latin1(std::u16string_view text) {
@@ -202,31 +196,24 @@ struct X11Clipboard::State {
 };
 
 std::unique_ptr<X11Clipboard> X11Clipboard::connect() {
-  const char* display = std::getenv("DISPLAY");
-  if (display == nullptr || *display == '\0') return nullptr;
-  int screenNumber = 0;
-  xcb_connection_t* c = xcb_connect(nullptr, &screenNumber);
-  if (xcb_connection_has_error(c) != 0) {
-    xcb_disconnect(c);
-    return nullptr;
-  }
-  auto it = xcb_setup_roots_iterator(xcb_get_setup(c));
-  for (int i = 0; i < screenNumber && it.rem > 0; ++i) xcb_screen_next(&it);
+  const auto display = x11::connectDisplay();
+  if (!display) return nullptr;
+  xcb_connection_t* c = display->connection;
   auto state = std::make_unique<State>();
   state->connection = c;
   // A window of our own, never mapped: selections are owned by, and delivered to, a window.
   state->window = xcb_generate_id(c);
   const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-  xcb_create_window(c, XCB_COPY_FROM_PARENT, state->window, it.data->root, 0, 0, 1, 1, 0,
+  xcb_create_window(c, XCB_COPY_FROM_PARENT, state->window, display->screen->root, 0, 0, 1, 1, 0,
                     XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
-  state->clipboard = intern(c, "CLIPBOARD");
-  state->utf8 = intern(c, "UTF8_STRING");
-  state->text = intern(c, "TEXT");
-  state->targets = intern(c, "TARGETS");
-  state->incr = intern(c, "INCR");
-  state->property = intern(c, "ORVO_CLIPBOARD");
-  state->manager = intern(c, "CLIPBOARD_MANAGER");
-  state->saveTargets = intern(c, "SAVE_TARGETS");
+  state->clipboard = x11::internAtom(c, "CLIPBOARD");
+  state->utf8 = x11::internAtom(c, "UTF8_STRING");
+  state->text = x11::internAtom(c, "TEXT");
+  state->targets = x11::internAtom(c, "TARGETS");
+  state->incr = x11::internAtom(c, "INCR");
+  state->property = x11::internAtom(c, "ORVO_CLIPBOARD");
+  state->manager = x11::internAtom(c, "CLIPBOARD_MANAGER");
+  state->saveTargets = x11::internAtom(c, "SAVE_TARGETS");
   xcb_flush(c);
   State* raw = state.get();
   state->events = std::thread([raw] { raw->run(); });
@@ -297,9 +284,7 @@ std::optional<String> X11Clipboard::text() {
   }
   if (!s.received) return std::nullopt;
   if (!s.receivedLatin1) return fromUtf8(*s.received);
-  String out;
-  for (const char c : *s.received) out.push_back(static_cast<unsigned char>(c));
-  return out;
+  return x11::fromLatin1(*s.received);
 }
 
 bool X11Clipboard::setText(std::u16string_view text) {

@@ -15,28 +15,20 @@
 #include <vector>
 
 #include "platform/posix/x11_clipboard.hpp"
+#include "platform/posix/x11_connection.hpp"
 #include "platform/posix/x11_keys.hpp"
 
 namespace orvo::platform {
 
 namespace {
 
+using x11::Freed;
+
 // ICCCM's WM_STATE value of a minimised window.
 constexpr std::uint32_t kIconicState = 3;
 // The source a pager gives when it asks for a window to be activated: window managers let it
 // through their focus-stealing prevention, as the platform let an attached thread through.
 constexpr xcb_ewmh_client_source_type_t kPagerSource = XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER;
-
-template <class Reply>
-struct Freed {
-  Reply* reply;
-  explicit Freed(Reply* r) : reply(r) {}
-  Freed(const Freed&) = delete;
-  Freed& operator=(const Freed&) = delete;
-  ~Freed() { std::free(reply); }
-  Reply* operator->() const { return reply; }
-  explicit operator bool() const { return reply != nullptr; }
-};
 
 RECT rectOf(std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
   return RECT{x, y, x + width, y + height};
@@ -54,25 +46,15 @@ std::int64_t area(const RECT& r) {
   return static_cast<std::int64_t>(r.Right - r.Left) * (r.Bottom - r.Top);
 }
 
-// Latin-1 text (WM_NAME without an encoding of its own) as UTF-16.
-String latin1(const char* data, std::size_t size) {
-  String out;
-  out.reserve(size);
-  for (std::size_t i = 0; i < size; ++i) out.push_back(static_cast<unsigned char>(data[i]));
-  return out;
-}
-
 class X11Desktop final : public Desktop {
  public:
-  X11Desktop(xcb_connection_t* connection, int screenNumber)
-      : connection_(connection), screenNumber_(screenNumber) {
-    const xcb_setup_t* setup = xcb_get_setup(connection_);
-    auto it = xcb_setup_roots_iterator(setup);
-    for (int i = 0; i < screenNumber_ && it.rem > 0; ++i) xcb_screen_next(&it);
-    screen_ = it.data;
+  explicit X11Desktop(const x11::Connection& display)
+      : connection_(display.connection),
+        screenNumber_(display.screenNumber),
+        screen_(display.screen) {
     ewmhReady_ =
         xcb_ewmh_init_atoms_replies(&ewmh_, xcb_ewmh_init_atoms(connection_, &ewmh_), nullptr) != 0;
-    wmState_ = intern("WM_STATE");
+    wmState_ = x11::internAtom(connection_, "WM_STATE");
   }
   X11Desktop(const X11Desktop&) = delete;
   X11Desktop& operator=(const X11Desktop&) = delete;
@@ -121,7 +103,7 @@ class X11Desktop final : public Desktop {
     }
     String title = text.encoding == ewmh_.UTF8_STRING
                        ? fromUtf8(std::string_view(text.name, text.name_len))
-                       : latin1(text.name, text.name_len);
+                       : x11::fromLatin1(std::string_view(text.name, text.name_len));
     xcb_icccm_get_text_property_reply_wipe(&text);
     return title;
   }
@@ -321,14 +303,6 @@ class X11Desktop final : public Desktop {
     return clipboard_.get();
   }
 
-  xcb_atom_t intern(const char* name) {
-    const Freed reply(xcb_intern_atom_reply(
-        connection_,
-        xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name),
-        nullptr));
-    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
-  }
-
   std::int32_t flushed() { return xcb_flush(connection_) > 0 ? 1 : 0; }
 
   bool hasState(WindowHandle window, xcb_atom_t state) {
@@ -378,7 +352,7 @@ class X11Desktop final : public Desktop {
 
   xcb_connection_t* connection_;
   int screenNumber_;
-  xcb_screen_t* screen_ = nullptr;
+  xcb_screen_t* screen_;
   xcb_ewmh_connection_t ewmh_{};
   bool ewmhReady_ = false;
   xcb_atom_t wmState_ = XCB_ATOM_NONE;
@@ -389,15 +363,9 @@ class X11Desktop final : public Desktop {
 }  // namespace
 
 std::shared_ptr<Desktop> connectX11Desktop() {
-  const char* display = std::getenv("DISPLAY");
-  if (display == nullptr || *display == '\0') return nullptr;
-  int screenNumber = 0;
-  xcb_connection_t* connection = xcb_connect(nullptr, &screenNumber);
-  if (xcb_connection_has_error(connection) != 0) {
-    xcb_disconnect(connection);
-    return nullptr;
-  }
-  auto desktop = std::make_shared<X11Desktop>(connection, screenNumber);
+  const auto display = x11::connectDisplay();
+  if (!display) return nullptr;
+  auto desktop = std::make_shared<X11Desktop>(*display);
   if (!desktop->usable()) return nullptr;
   return desktop;
 }
