@@ -18,9 +18,8 @@ namespace orvo::platform {
 
 namespace {
 
-// How long a holder of the clipboard, or a clipboard manager, is given to answer (and, for text
-// sent in pieces, to send the next piece): a loaded machine serving megabytes took over a second.
-constexpr auto kAnswerTime = std::chrono::seconds(3);
+// How long a holder of the clipboard, or a clipboard manager, is given to answer.
+constexpr auto kAnswerTime = std::chrono::seconds(1);
 
 // Latin-1 for clients that ask for STRING: what it cannot hold becomes "?".
 std::string latin1(std::u16string_view text) {
