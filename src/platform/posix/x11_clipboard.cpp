@@ -52,8 +52,6 @@ struct X11Clipboard::State {
   bool arrived = false;
   std::optional<std::string> received;
   bool receivedLatin1 = false;  // STRING rather than UTF-8
-  bool inPieces = false;        // an answer arriving in pieces, gathered in pieces
-  std::string pieces;
   bool managerDone = false;
   std::thread events;
 
@@ -102,21 +100,8 @@ struct X11Clipboard::State {
                                  xcb_get_property(connection, 1, window, notify.property,
                                                   XCB_GET_PROPERTY_TYPE_ANY, 0, UINT32_MAX / 4),
                                  nullptr);
-      // Text too large for one request comes in pieces (INCR): this first answer is only its
-      // size, and deleting it asks for the first piece.
-      if (reply != nullptr && reply->type == incr && notify.selection != manager) {
-        std::free(reply);
-        {
-          const std::lock_guard lock(mutex);
-          pieces.clear();
-          inPieces = true;
-        }
-        xcb_delete_property(connection, window, notify.property);
-        xcb_flush(connection);
-        answered.notify_all();
-        return;
-      }
-      if (reply != nullptr && reply->format == 8) {
+      // Text sent in pieces (INCR) is not taken: its first answer is only a size.
+      if (reply != nullptr && reply->type != incr && reply->format == 8) {
         const auto* data = static_cast<const char*>(xcb_get_property_value(reply));
         got = std::string(data, static_cast<std::size_t>(xcb_get_property_value_length(reply)));
         isLatin1 = reply->type == XCB_ATOM_STRING;
@@ -134,42 +119,6 @@ struct X11Clipboard::State {
     answered.notify_all();
   }
 
-  // A piece of text sent in pieces: an empty one ends it.
-  void piece(const xcb_property_notify_event_t& change) {
-    if (change.window != window || change.atom != property ||
-        change.state != XCB_PROPERTY_NEW_VALUE) {
-      return;
-    }
-    {
-      const std::lock_guard lock(mutex);
-      if (!inPieces) return;
-    }
-    xcb_get_property_reply_t* reply =
-        xcb_get_property_reply(connection,
-                               xcb_get_property(connection, 1, window, property,
-                                                XCB_GET_PROPERTY_TYPE_ANY, 0, UINT32_MAX / 4),
-                               nullptr);
-    xcb_flush(connection);
-    const std::lock_guard lock(mutex);
-    if (reply == nullptr || reply->format != 8 || xcb_get_property_value_length(reply) == 0) {
-      if (reply != nullptr && reply->format == 8) {
-        received = std::move(pieces);
-        receivedLatin1 = reply->type == XCB_ATOM_STRING;
-      } else {
-        received.reset();
-      }
-      pieces.clear();
-      inPieces = false;
-      arrived = true;
-      answered.notify_all();
-    } else {
-      pieces.append(static_cast<const char*>(xcb_get_property_value(reply)),
-                    static_cast<std::size_t>(xcb_get_property_value_length(reply)));
-      answered.notify_all();
-    }
-    std::free(reply);
-  }
-
   void run() {
     while (xcb_generic_event_t* event = xcb_wait_for_event(connection)) {
       switch (event->response_type & 0x7F) {
@@ -178,9 +127,6 @@ struct X11Clipboard::State {
           break;
         case XCB_SELECTION_NOTIFY:
           arrive(*reinterpret_cast<xcb_selection_notify_event_t*>(event));
-          break;
-        case XCB_PROPERTY_NOTIFY:
-          piece(*reinterpret_cast<xcb_property_notify_event_t*>(event));
           break;
         case XCB_SELECTION_CLEAR: {
           const std::lock_guard lock(mutex);
@@ -258,30 +204,12 @@ std::optional<String> X11Clipboard::text() {
     const std::lock_guard lock(s.mutex);
     if (s.owned) return s.ownedText;
     s.arrived = false;
-    s.inPieces = false;
-    s.pieces.clear();
     s.received.reset();
   }
   xcb_convert_selection(s.connection, s.window, s.clipboard, s.utf8, s.property, XCB_CURRENT_TIME);
   xcb_flush(s.connection);
   std::unique_lock lock(s.mutex);
-  // The holder answers within a second; text in pieces may take longer, as long as pieces keep
-  // coming.
-  std::size_t had = 0;
-  if (!s.answered.wait_for(lock, kAnswerTime, [&s, had] {
-        return s.arrived || (s.inPieces && s.pieces.size() != had);
-      })) {
-    s.inPieces = false;
-    return std::nullopt;
-  }
-  while (!s.arrived) {
-    had = s.pieces.size();
-    if (!s.answered.wait_for(lock, kAnswerTime,
-                             [&s, had] { return s.arrived || s.pieces.size() != had; })) {
-      s.inPieces = false;
-      return std::nullopt;
-    }
-  }
+  if (!s.answered.wait_for(lock, kAnswerTime, [&s] { return s.arrived; })) return std::nullopt;
   if (!s.received) return std::nullopt;
   if (!s.receivedLatin1) return fromUtf8(*s.received);
   return x11::fromLatin1(*s.received);
