@@ -12,6 +12,7 @@ set(ORVO_SOURCES_DESKTOP
     src/desktop/clipboard.cpp)
 
 set(ORVO_SOURCES_ERRORS
+    src/errors/error_dialog.cpp
     src/errors/error_reporter.cpp
     src/errors/error_reports.cpp)
 
@@ -155,6 +156,8 @@ set(ORVO_SOURCES
 file(GLOB_RECURSE _orvo_found RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS
      ${PROJECT_SOURCE_DIR}/src/*.cpp)
 list(FILTER _orvo_found EXCLUDE REGEX "^src/platform/(posix|win32)/")
+# The Qt module is a library of its own, listed in its folder.
+list(FILTER _orvo_found EXCLUDE REGEX "^src/qt/")
 list(APPEND _orvo_found ${ORVO_SOURCES_PLATFORM_OS})
 set(_orvo_unlisted ${_orvo_found})
 list(REMOVE_ITEM _orvo_unlisted ${ORVO_SOURCES})

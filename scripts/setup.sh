@@ -6,7 +6,8 @@ packages=(build-essential cmake ninja-build pkg-config python3 clang libclang-rt
           clang-format clang-tidy libicu-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev
           libsimpleini-dev libinih-dev libspdlog-dev time
           libxcb1-dev libxcb-ewmh-dev libxcb-icccm4-dev libxcb-randr0-dev
-          xvfb openbox xdotool x11-utils xclip)
+          xvfb openbox xdotool x11-utils xclip
+          qt6-base-dev poppler-utils imagemagick libreoffice-calc-nogui)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

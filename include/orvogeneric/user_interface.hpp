@@ -4,6 +4,7 @@
 #include <memory>
 #include <string_view>
 
+#include "orvogeneric/error_dialog.hpp"
 #include "orvogeneric/export.hpp"
 
 namespace orvo {
@@ -55,9 +56,10 @@ class ORVO_API UserInterface {
   // returns the platform's result code, negative on failure. Without a desktop there is no edit
   // control to complete: the default does nothing and succeeds.
   virtual std::int32_t autoCompleteFilePaths(std::int32_t hwnd, std::int32_t flags);
-  // Shows an error report (the details, ending with "Details logged to: " when the report was
-  // logged) in the error dialog. The default, without a desktop, is a critical message box.
-  virtual void showErrorReport(std::u16string_view details, std::u16string_view logPath);
+  // Shows an error report in the error dialog (error_dialog.hpp says what it shows, where and
+  // what it prints). The default, without a desktop, is a critical message box titled as the
+  // dialog is.
+  virtual void showErrorReport(const ErrorReportShown& report);
 };
 
 // Installs the user interface for the whole process and returns the previous one; an empty

@@ -14,9 +14,7 @@ namespace orvo::errors {
 namespace {
 
 // Appends one block to the error log as ANSI text; false when it could not be written.
-bool appendLogEntry(const String& path, const String& report) {
-  const auto rs = platform::userRegionalSettings();
-  const String when = runtime::Format(Variant(runtime::Now()), u"General Date", *rs);
+bool appendLogEntry(const String& path, const String& report, const String& when) {
   const String entry = u"\r\n" + String(60, u'-') + u"\r\nAN ERROR HAS OCCURRED\r\nDate/time: " +
                        when + u"\r\n" + report + u"\r\n";
   std::string bytes;
@@ -60,14 +58,15 @@ String messageReportText(const String& procedure, const String& message) {
 }
 
 String showErrorReport(const String& report) {
-  String details = report;
+  ErrorReportShown shown{report, runtime::Format(Variant(runtime::Now()), u"General Date",
+                                                 *platform::userRegionalSettings())};
   const String path = ErrorLogFilePath();
-  if (!path.empty() && appendLogEntry(path, report)) {
+  if (!path.empty() && appendLogEntry(path, report, shown.receivedAt)) {
     // Shown in lower case whatever the stored path's case, as the dialog always did.
-    details += u"\r\nDetails logged to: " + runtime::LCase(path);
+    shown.details += u"\r\nDetails logged to: " + runtime::LCase(path);
   }
-  userInterface()->showErrorReport(details, path);
-  return details;
+  userInterface()->showErrorReport(shown);
+  return shown.details;
 }
 
 void ErrorReporter::ReportVBError(const Error& ErrorObject, const String& Procedure,

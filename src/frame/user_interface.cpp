@@ -9,8 +9,8 @@ namespace orvo {
 
 UserInterface::~UserInterface() = default;
 
-void UserInterface::showErrorReport(std::u16string_view details, std::u16string_view /*logPath*/) {
-  messageBox(details, u"ORVO Error Report", vbCritical | vbOKOnly);
+void UserInterface::showErrorReport(const ErrorReportShown& report) {
+  messageBox(report.details, errorDialogCaptions().title, vbCritical | vbOKOnly);
 }
 
 std::int32_t UserInterface::autoCompleteFilePaths(std::int32_t /*hwnd*/, std::int32_t /*flags*/) {

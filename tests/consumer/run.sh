@@ -20,10 +20,17 @@ for ((i = 1; i <= count; i++)); do
     printf '#include <cstdio>\n#include <orvogeneric/classes.hpp>\n#include <orvogeneric/error.hpp>\nint main() {\n%s\n}\n' \
       "$block" >"$work/readme_app.cpp"
   fi
+  qt=OFF
+  if grep -q 'orvogeneric/qt.hpp' <<<"$block"; then
+    # Built only where the Qt module is; run on Qt's display-less platform.
+    [[ -f "$work/prefix/lib/cmake/ORVOGeneric/ORVOGenericQtTargets.cmake" ]] || continue
+    qt=ON
+  fi
   cmake -S "$here" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" \
-    -DORVO_README_APP="$work/readme_app.cpp" >/dev/null
+    -DORVO_README_APP="$work/readme_app.cpp" -DORVO_README_QT=$qt >/dev/null
   cmake --build "$work/build" >/dev/null
-  LD_LIBRARY_PATH="$work/prefix/lib" "$work/build/app" >/dev/null || {
+  QT_QPA_PLATFORM=offscreen LD_LIBRARY_PATH="$work/prefix/lib" timeout 60 "$work/build/app" \
+    >/dev/null 2>&1 || {
     echo "the README's C++ block $i does not do what it says" >&2
     exit 1
   }

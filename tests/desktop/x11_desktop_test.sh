@@ -13,42 +13,8 @@ for tool in Xvfb openbox xmessage xdotool xprop xclip; do
   command -v "$tool" >/dev/null || { echo "FAIL: $tool is missing (scripts/setup.sh installs it)"; exit 1; }
 done
 
-work=$(mktemp -d)
-pids=()
-cleanup() {
-  for pid in "${pids[@]}"; do kill "$pid" 2>/dev/null; done
-  wait 2>/dev/null
-  rm -rf "$work"
-}
-trap cleanup EXIT
-
-# A display of known size and resolution: 96 dots per inch, 15 twips a pixel.
-exec 9>"$work/display"
-Xvfb -displayfd 9 -screen 0 1920x1080x24 -dpi 96 -nolisten tcp >"$work/xvfb.log" 2>&1 &
-pids+=($!)
-for _ in $(seq 100); do [[ -s "$work/display" ]] && break; sleep 0.1; done
-export DISPLAY=":$(head -n 1 "$work/display")"
-[[ "$DISPLAY" != ":" ]] || { echo "FAIL: Xvfb did not start"; cat "$work/xvfb.log"; exit 1; }
-openbox --sm-disable >"$work/openbox.log" 2>&1 &
-pids+=($!)
-until_true() {  # until_true SECONDS COMMAND...: whether the command succeeded within the time
-  local tries=$(($1 * 10))
-  shift
-  for _ in $(seq "$tries"); do "$@" && return 0; sleep 0.1; done
-  return 1
-}
-until_true 10 bash -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"' ||
-  { echo "FAIL: openbox did not start"; cat "$work/openbox.log"; exit 1; }
-
-window_of() {  # the X id (decimal) of the one window with that exact title, once it is mapped
-  local id=""
-  for _ in $(seq 100); do
-    id=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n 1)
-    [[ -n "$id" ]] && { echo "$id"; return 0; }
-    sleep 0.1
-  done
-  return 1
-}
+# shellcheck source=x_session.sh
+source "$(dirname "$0")/x_session.sh"
 xmessage -title "Alpha Report" "alpha" >/dev/null 2>&1 &
 pids+=($!)
 xmessage -title "Beta Tool" "beta" >/dev/null 2>&1 &

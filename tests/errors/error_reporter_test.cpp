@@ -20,13 +20,13 @@ class ReportRecorder final : public UserInterface {
     return vbOK;
   }
   void beep() override {}
-  void showErrorReport(std::u16string_view details, std::u16string_view logPath) override {
-    reports.emplace_back(details);
-    paths.emplace_back(logPath);
+  void showErrorReport(const ErrorReportShown& report) override {
+    reports.push_back(report.details);
+    moments.push_back(report.receivedAt);
   }
   std::vector<String> boxes;
   std::vector<String> reports;
-  std::vector<String> paths;
+  std::vector<String> moments;
 };
 
 class ErrorReports : public test::FilesTest {
@@ -79,6 +79,9 @@ TEST_F(ErrorReports, LoggedBlocksAndTheDetailsLine) {
       "\r\n-{60}\r\nAN ERROR HAS OCCURRED\r\nDate/time: [0-9/]+ [0-9:]+ [AP]M\r\n"
       "VB error number: 5, Bad\r\nError source: Src\r\nProcedure: P2\r\n");
   EXPECT_TRUE(std::regex_match(read("Errors.LOG"), block)) << read("Errors.LOG");
+  EXPECT_NE(read("Errors.LOG").find("Date/time: " + toUtf8(ui_->moments[1]) + "\r\n"),
+            std::string::npos)
+      << "the log and the dialog record the same moment";
 
   reporter.StartLoggingErrors(path("no/such/dir/e.log"));
   reporter.ReportError(u"P3", u"lost");

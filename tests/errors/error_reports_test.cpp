@@ -16,9 +16,7 @@ class Dialog final : public UserInterface {
     return vbOK;
   }
   void beep() override {}
-  void showErrorReport(std::u16string_view details, std::u16string_view) override {
-    shown.emplace_back(details);
-  }
+  void showErrorReport(const ErrorReportShown& report) override { shown.push_back(report.details); }
   std::vector<String> shown;
 };
 

@@ -17,6 +17,16 @@ depends=$(dpkg-deb -f "$deb" Depends)
 for needed in libicu libstdc++6 libc6; do
   grep -q "$needed" <<<"$depends" || { echo "Depends lacks $needed: $depends" >&2; exit 1; }
 done
+! grep -q libqt6 <<<"$depends" || { echo "the core package depends on Qt: $depends" >&2; exit 1; }
+# The Qt module, when built, is a package of its own that needs the core one of its version.
+for qt in "$work"/out/orvogeneric-qt_*_amd64.deb; do
+  [[ -f "$qt" ]] || continue
+  qt_depends=$(dpkg-deb -f "$qt" Depends)
+  grep -q "orvogeneric (= " <<<"$qt_depends" && grep -q libqt6widgets6 <<<"$qt_depends" ||
+    { echo "orvogeneric-qt Depends: $qt_depends" >&2; exit 1; }
+  dpkg-deb -c "$qt" | grep -q " ./usr/lib/libORVOGenericQt.so.0 " ||
+    { echo "orvogeneric-qt lacks its library" >&2; exit 1; }
+done
 contents=$(dpkg-deb -c "$deb")
 for path in ./usr/bin/orvo ./usr/lib/libORVOGeneric.so.0 ./usr/include/orvogeneric/classes.hpp \
   ./usr/include/orvogeneric/version.hpp ./usr/lib/pkgconfig/orvogeneric.pc \

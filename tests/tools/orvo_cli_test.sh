@@ -116,10 +116,10 @@ fi
 # A script's error report: shown (on standard error without a desktop, the log's path in lower
 # case as the dialog has always shown it), logged as a block, and the message is required.
 error_log=$(mktemp -d)/Errors.LOG
-error_shown=$("$orvo" error --procedure Init --log "$error_log" 'Disk full' 2>&1 >/dev/null)
+error_shown=$(env -u DISPLAY "$orvo" error --procedure Init --log "$error_log" 'Disk full' 2>&1 >/dev/null)
 error_status=$?
 error_block=$(tr -d '\r' <"$error_log" | sed -n '2p;3p;5p;6p')
-if [[ $error_status -ne 0 || "$error_shown" != "[ORVO Error Report] Disk full"*"Procedure: Init"*"Details logged to: ${error_log,,}" ||
+if [[ $error_status -ne 0 || "$error_shown" != "[Error] Disk full"*"Procedure: Init"*"Details logged to: ${error_log,,}" ||
   "$error_block" != "$(printf -- '%.0s-' {1..60})"$'\nAN ERROR HAS OCCURRED\nDisk full\nProcedure: Init' ]]; then
   printf 'FAIL: orvo error (%s)\n  shown: %s\n  logged: %s\n' "$error_status" "$error_shown" "$error_block"
   fails=$((fails + 1))

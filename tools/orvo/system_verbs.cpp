@@ -5,6 +5,7 @@
 #include "arguments.hpp"
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/error_reports.hpp"
+#include "qt_module.hpp"
 #include "verb_support.hpp"
 
 namespace orvo::cli {
@@ -45,9 +46,13 @@ int commandError(const std::vector<std::string>& args) {
   if (!parsed.error.empty()) return usageError("error", parsed.error, kErrorHelp);
   if (parsed.operands.size() != 1) return usageError("error", "one MESSAGE is needed", kErrorHelp);
   const std::string* procedure = parsed.value("--procedure");
-  if (const std::string* log = parsed.value("--log")) StartLoggingErrors(fromSystemBytes(*log));
-  ReportError(fromSystemBytes(procedure != nullptr ? *procedure : "orvo"),
-              fromSystemBytes(parsed.operands[0]));
+  const String procedureText = fromSystemBytes(procedure != nullptr ? *procedure : "orvo");
+  const String message = fromSystemBytes(parsed.operands[0]);
+  const std::string* log = parsed.value("--log");
+  const String logPath = log != nullptr ? fromSystemBytes(*log) : String();
+  if (reportInQtDialog(procedureText, message, log != nullptr ? &logPath : nullptr)) return done(0);
+  if (log != nullptr) StartLoggingErrors(logPath);
+  ReportError(procedureText, message);
   return done(0);
 }
 
