@@ -87,10 +87,12 @@ set(ORVO_SOURCES_SETTINGS
     src/settings/profile_document.cpp)
 
 set(ORVO_SOURCES_SYSTEM
+    src/system/SpreadsheetApplication.cpp
     src/system/SystemUtilities.cpp
     src/system/locale_lists.cpp
     src/system/locale_queries.cpp
-    src/system/processes.cpp)
+    src/system/processes.cpp
+    src/system/spreadsheet.cpp)
 
 set(ORVO_SOURCES_TEXT
     src/text/MathsUtilities.cpp
@@ -115,6 +117,7 @@ set(ORVO_SOURCES_TEXT
 if(UNIX)
   set(ORVO_PLATFORM_OS_DIR src/platform/posix)
   set(ORVO_SOURCES_PLATFORM_OS
+      src/platform/posix/calc.cpp
       src/platform/posix/change_monitor.cpp
       src/platform/posix/child_streams.cpp
       src/platform/posix/command_line.cpp

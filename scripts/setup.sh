@@ -7,7 +7,7 @@ packages=(build-essential cmake ninja-build pkg-config python3 clang libclang-rt
           libsimpleini-dev libinih-dev libspdlog-dev time
           libxcb1-dev libxcb-ewmh-dev libxcb-icccm4-dev libxcb-randr0-dev
           xvfb openbox xdotool x11-utils xclip
-          qt6-base-dev poppler-utils imagemagick libreoffice-calc-nogui)
+          qt6-base-dev qt6-qpa-plugins poppler-utils imagemagick libreoffice-calc-nogui python3-uno)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

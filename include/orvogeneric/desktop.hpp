@@ -16,7 +16,13 @@ namespace orvo {
 using WindowHandle = std::int32_t;
 
 // How a window is to be shown, numbered as the platform's ShowWindow numbers it.
-enum class ShowCommand : std::int32_t { Show = 5, Restore = 9 };
+enum class ShowCommand : std::int32_t {
+  ShowNormal = 1,  // neither minimised nor maximised
+  Maximize = 3,
+  Show = 5,
+  Minimize = 6,
+  Restore = 9,
+};
 
 // Pixels per inch become twips per pixel: 1440 / dots per inch on each axis.
 struct TwipsPerPixel {

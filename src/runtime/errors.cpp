@@ -9,7 +9,7 @@ namespace orvo::runtime {
 namespace {
 
 // The language's standard run-time error texts, as its users have seen them for decades.
-constexpr std::array<std::pair<std::int32_t, std::u16string_view>, 64> kTexts{{
+constexpr std::array<std::pair<std::int32_t, std::u16string_view>, 65> kTexts{{
     {3, u"Return without GoSub"},
     {5, u"Invalid procedure call or argument"},
     {6, u"Overflow"},
@@ -76,6 +76,7 @@ constexpr std::array<std::pair<std::int32_t, std::u16string_view>, 64> kTexts{{
      u"Property let procedure not defined and property get procedure did not return an "
      u"object"},
     {457, u"This key is already associated with an element of this collection"},
+    {462, u"The remote server machine does not exist or is unavailable"},
     {482, u"Printer error"},
     {521, u"Can't open Clipboard"},
 }};

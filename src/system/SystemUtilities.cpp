@@ -1,6 +1,7 @@
 #include "orvogeneric/classes.hpp"
 #include "system/locale_queries.hpp"
 #include "system/processes.hpp"
+#include "system/spreadsheet.hpp"
 #include "text/keypress.hpp"
 
 namespace orvo {
@@ -76,5 +77,18 @@ void SystemUtilities::ValidateKeyPressString(std::int16_t& KeyAscii, const Strin
                                              VBool SuppressBeep) {
   text::ValidStr_worker(KeyAscii, BannedChars, SuppressBeep);
 }
+
+VBool SystemUtilities::RunOrRestoreExcel(std::shared_ptr<Object>* objExcel, VBool SuppressWarning,
+                                         VBool UseINIFile, std::int32_t WindowState) {
+  return system::RunOrRestoreExcel(objExcel, SuppressWarning, UseINIFile, WindowState);
+}
+
+void SystemUtilities::OpenInExcel(const String& File, const Variant& FieldDelimiter, VBool USFormat,
+                                  VBool SuppressWarning, VBool UseINIFile,
+                                  std::int32_t WindowState) {
+  system::OpenInExcel(File, FieldDelimiter, USFormat, SuppressWarning, UseINIFile, WindowState);
+}
+
+void SystemUtilities::SafeAppActivate(const String& Title) { system::SafeAppActivate(Title); }
 
 }  // namespace orvo

@@ -49,6 +49,18 @@ call VisualUtilities.WindowActivateAndRestore "$alpha" >/dev/null
 until_true 3 bash -c "[[ \$(xdotool getactivewindow) == $alpha ]]" ||
   fail "alpha not active after WindowActivateAndRestore (active: $(xdotool getactivewindow))"
 
+# SafeAppActivate: the exact title, else the first that begins with it, not case-sensitive; a
+# title that no window has changes nothing and raises nothing.
+for title in "Beta Tool" "beta t"; do
+  xdotool windowactivate --sync "$alpha"
+  call SystemUtilities.SafeAppActivate "$title" >/dev/null || fail "SafeAppActivate '$title' raised"
+  until_true 3 bash -c "[[ \$(xdotool getactivewindow) == $beta ]]" ||
+    fail "beta not active after SafeAppActivate '$title'"
+done
+call SystemUtilities.SafeAppActivate "No Such Window" >/dev/null || fail "a missing title raised"
+[[ $(xdotool getactivewindow) == "$beta" ]] || fail "a missing title moved the focus"
+xdotool windowactivate --sync "$beta"
+
 # Restored from minimised.
 xdotool windowminimize --sync "$alpha"
 until_true 3 bash -c "xprop -id $alpha WM_STATE | grep -q Iconic" || fail "alpha did not minimise"

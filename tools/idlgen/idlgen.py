@@ -99,6 +99,8 @@ def cpp_default(p):
         return d
     if p.type == "Date":
         return "Date{" + d + "}"
+    if p.type == "Variant" and d.startswith('"'):
+        return "Variant(String(u" + d + "))"
     return d
 
 
@@ -106,7 +108,7 @@ def variant_default(p):
     d = p.default
     if p.type == "Boolean":
         return "Variant(" + cpp_default(p) + ")"
-    if p.type == "String":
+    if p.type == "String" or (p.type == "Variant" and d.startswith('"')):
         return f"Variant(String(u{d}))"
     if p.type in ENUMS:
         return f"Variant(static_cast<std::int32_t>({d}))"

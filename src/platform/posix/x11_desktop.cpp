@@ -55,6 +55,7 @@ class X11Desktop final : public Desktop {
     ewmhReady_ =
         xcb_ewmh_init_atoms_replies(&ewmh_, xcb_ewmh_init_atoms(connection_, &ewmh_), nullptr) != 0;
     wmState_ = x11::internAtom(connection_, "WM_STATE");
+    changeState_ = x11::internAtom(connection_, "WM_CHANGE_STATE");
   }
   X11Desktop(const X11Desktop&) = delete;
   X11Desktop& operator=(const X11Desktop&) = delete;
@@ -160,8 +161,28 @@ class X11Desktop final : public Desktop {
     // As the platform's call answers: whether the window was visible before.
     const bool wasVisible = isWindowVisible(window);
     // Mapping a window is how a client asks to show it, and to bring it back from minimised.
+    if (command == ShowCommand::Minimize) {
+      // ICCCM's request to iconify: a WM_CHANGE_STATE message to the root window.
+      xcb_client_message_event_t message{};
+      message.response_type = XCB_CLIENT_MESSAGE;
+      message.format = 32;
+      message.window = id(window);
+      message.type = changeState_;
+      message.data.data32[0] = kIconicState;
+      xcb_send_event(connection_, 0, screen_->root,
+                     XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                     reinterpret_cast<const char*>(&message));
+      flushed();
+      return wasVisible ? 1 : 0;
+    }
     xcb_map_window(connection_, id(window));
-    if (command == ShowCommand::Restore && isIconic(window)) {
+    if (command == ShowCommand::Maximize || command == ShowCommand::ShowNormal) {
+      xcb_ewmh_request_change_wm_state(
+          &ewmh_, screenNumber_, id(window),
+          command == ShowCommand::Maximize ? XCB_EWMH_WM_STATE_ADD : XCB_EWMH_WM_STATE_REMOVE,
+          ewmh_._NET_WM_STATE_MAXIMIZED_VERT, ewmh_._NET_WM_STATE_MAXIMIZED_HORZ, kPagerSource);
+    }
+    if (command != ShowCommand::Show && isIconic(window)) {
       xcb_ewmh_request_change_active_window(&ewmh_, screenNumber_, id(window), kPagerSource,
                                             XCB_CURRENT_TIME, XCB_NONE);
     }
@@ -356,6 +377,7 @@ class X11Desktop final : public Desktop {
   xcb_ewmh_connection_t ewmh_{};
   bool ewmhReady_ = false;
   xcb_atom_t wmState_ = XCB_ATOM_NONE;
+  xcb_atom_t changeState_ = XCB_ATOM_NONE;
   std::once_flag clipboardMade_;
   std::unique_ptr<X11Clipboard> clipboard_;
 };
