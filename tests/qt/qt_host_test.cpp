@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "orvogeneric/classes.hpp"
+#include "orvogeneric/desktop.hpp"
 #include "orvogeneric/error_reports.hpp"
 #include "orvogeneric/qt.hpp"
 #include "orvogeneric/user_interface.hpp"
@@ -145,6 +146,33 @@ TEST_F(QtHost, FilePathCompletionOnAnEditOfTheHost) {
   EXPECT_LT(userInterface()->autoCompleteFilePaths(static_cast<std::int32_t>(window_.winId()), 1),
             0)
       << "a window that is not an edit";
+}
+
+// The desktop's window states on a host's own window, as the spreadsheet program's window is
+// minimised, maximised and shown normal.
+TEST_F(QtHost, TheDesktopMinimisesMaximisesAndRestoresAWindow) {
+  const auto d = desktop();
+  const auto w = static_cast<WindowHandle>(window_.winId());
+  struct Step {
+    ShowCommand command;
+    bool iconic;
+    bool zoomed;
+  };
+  const Step steps[] = {{ShowCommand::Minimize, true, false},
+                        {ShowCommand::Maximize, false, true},
+                        {ShowCommand::Minimize, true, true},
+                        {ShowCommand::ShowNormal, false, false}};
+  for (const auto& step : steps) {
+    d->showWindow(w, step.command);
+    QElapsedTimer clock;
+    clock.start();
+    while ((d->isIconic(w) != step.iconic || d->isZoomed(w) != step.zoomed) &&
+           clock.elapsed() < 5000) {
+      QTest::qWait(20);
+    }
+    EXPECT_EQ(d->isIconic(w), step.iconic) << static_cast<int>(step.command);
+    EXPECT_EQ(d->isZoomed(w), step.zoomed) << static_cast<int>(step.command);
+  }
 }
 
 }  // namespace
