@@ -54,8 +54,8 @@ until_true 3 bash -c "[[ \$(xdotool getactivewindow) == $alpha ]]" ||
 for title in "Beta Tool" "beta t"; do
   xdotool windowactivate --sync "$alpha"
   call SystemUtilities.SafeAppActivate "$title" >/dev/null || fail "SafeAppActivate '$title' raised"
-  until_true 3 bash -c "[[ \$(xdotool getactivewindow) == $beta ]]" ||
-    fail "beta not active after SafeAppActivate '$title'"
+  until_true 5 bash -c "[[ \$(xdotool getactivewindow) == $beta ]]" ||
+    fail "beta not active after SafeAppActivate '$title' (active: $(xdotool getactivewindow getwindowname 2>&1), visible: $(xdotool search --onlyvisible --name 'Tool|Report' 2>&1 | tr '\n' ' '))"
 done
 call SystemUtilities.SafeAppActivate "No Such Window" >/dev/null || fail "a missing title raised"
 [[ $(xdotool getactivewindow) == "$beta" ]] || fail "a missing title moved the focus"
@@ -113,11 +113,30 @@ read -r -t 5 answer <&"${BATCH[0]}"
 [[ "$answer" == '{"result":"Grüße, 日本 \\ done"}' ]] || fail "the writer's own clipboard: $answer"
 exec {BATCH[1]}>&-
 wait "$BATCH_PID" 2>/dev/null
-printf 'from xclip\r\nline two' | xclip -selection clipboard -i 2>/dev/null
+# xclip serves from a child it forks after returning, and the previous holder serves until that
+# child takes over: the clipboard is read once xclip itself reads back what it was given.
+clip() {  # clip FILE: put the file on the clipboard with xclip, and wait until it is served
+  xclip -selection clipboard -i "$1" 2>/dev/null
+  until_true 20 bash -c "xclip -o -selection clipboard 2>/dev/null | cmp -s - '$1'" ||
+    fail "xclip does not serve $1"
+}
+printf 'from xclip\r\nline two' >"$work/small.txt"
+clip "$work/small.txt"
 got=$(call StringUtilities.ClipboardGetText)
 [[ "$got" == '{"result":"from xclip\r\nline two"}' ]] || fail "ClipboardGetText: $got"
+# Text too large for one request (16 MiB with big requests) arrives in pieces: 18 MB of lines of
+# random lengths, byte for byte, three times over.
+python3 -c 'import random; r = random.Random(7); print("\n".join("line %d %s" % (i, "x" * r.randrange(80)) for i in range(420000)))' >"$work/big.txt"
+clip "$work/big.txt"
+for round in 1 2 3; do
+  call StringUtilities.ClipboardGetText >"$work/big.json"
+  python3 -c 'import json, sys; got = json.load(open(sys.argv[1]))["result"]; want = open(sys.argv[2]).read(); sys.exit(0 if got == want and len(want) > 17000000 else 1)' \
+    "$work/big.json" "$work/big.txt" ||
+    fail "a large clipboard text was not read whole, round $round ($(wc -c <"$work/big.json") bytes of JSON)"
+done
 touch "$work/report one.txt"
-printf 'not a path\n"%s"\n%s\n' "$work/report one.txt" "$work" | xclip -selection clipboard -i 2>/dev/null
+printf 'not a path\n"%s"\n%s\n' "$work/report one.txt" "$work" >"$work/paths.txt"
+clip "$work/paths.txt"
 while IFS='|' read -r search want; do
   got=$(call StringUtilities.GetPathFromClipboard "$search")
   [[ "$got" == "{\"result\":\"$want\"}" ]] || fail "GetPathFromClipboard $search: $got, want $want"

@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 #include <xcb/xcb.h>
 
+#include <array>
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
@@ -18,8 +19,13 @@ namespace orvo::platform {
 
 namespace {
 
-// How long a holder of the clipboard, or a clipboard manager, is given to answer.
-constexpr auto kAnswerTime = std::chrono::seconds(1);
+// How long a holder of the clipboard, or a clipboard manager, is given to answer, and a holder
+// sending text in pieces to send the next one: a loaded machine serving megabytes in pieces
+// pauses for over a second between them.
+constexpr auto kAnswerTime = std::chrono::seconds(3);
+// Each request names a property of its own, in turn, so that the late answer or piece of a request
+// that was given up is never taken for the next one's.
+constexpr std::size_t kRequestProperties = 4;
 
 // Latin-1 for clients that ask for STRING: what it cannot hold becomes "?".
 std::string latin1(std::u16string_view text) {
@@ -39,10 +45,13 @@ struct X11Clipboard::State {
   xcb_atom_t text = XCB_ATOM_NONE;
   xcb_atom_t targets = XCB_ATOM_NONE;
   xcb_atom_t incr = XCB_ATOM_NONE;
-  xcb_atom_t property = XCB_ATOM_NONE;
+  std::array<xcb_atom_t, kRequestProperties> properties{};
+  xcb_atom_t property = XCB_ATOM_NONE;  // the current request's, under the mutex
+  std::size_t request = 0;
   xcb_atom_t manager = XCB_ATOM_NONE;
   xcb_atom_t saveTargets = XCB_ATOM_NONE;
 
+  std::mutex requesting;
   std::mutex mutex;
   std::condition_variable answered;
   bool owned = false;
@@ -52,6 +61,8 @@ struct X11Clipboard::State {
   bool arrived = false;
   std::optional<std::string> received;
   bool receivedLatin1 = false;  // STRING rather than UTF-8
+  bool inPieces = false;        // an answer arriving in pieces, gathered in pieces
+  std::string pieces;
   bool managerDone = false;
   std::thread events;
 
@@ -94,14 +105,30 @@ struct X11Clipboard::State {
   void arrive(const xcb_selection_notify_event_t& notify) {
     std::optional<std::string> got;
     bool isLatin1 = false;
+    if (notify.selection != manager && notify.property != XCB_ATOM_NONE) {
+      const std::lock_guard lock(mutex);
+      if (notify.property != property || arrived) return;  // an answer given up on
+    }
     if (notify.property != XCB_ATOM_NONE) {
       xcb_get_property_reply_t* reply =
           xcb_get_property_reply(connection,
                                  xcb_get_property(connection, 1, window, notify.property,
                                                   XCB_GET_PROPERTY_TYPE_ANY, 0, UINT32_MAX / 4),
                                  nullptr);
-      // Text sent in pieces (INCR) is not taken: its first answer is only a size.
-      if (reply != nullptr && reply->type != incr && reply->format == 8) {
+      // Text too large for one request comes in pieces (INCR): this first answer is only its
+      // size, and reading it (which deletes it) asks for the first piece. Deleting it once more
+      // would delete the first piece if the holder were quick, and the text would lose it.
+      if (reply != nullptr && reply->type == incr && notify.selection != manager) {
+        std::free(reply);
+        {
+          const std::lock_guard lock(mutex);
+          pieces.clear();
+          inPieces = true;
+        }
+        answered.notify_all();
+        return;
+      }
+      if (reply != nullptr && reply->format == 8) {
         const auto* data = static_cast<const char*>(xcb_get_property_value(reply));
         got = std::string(data, static_cast<std::size_t>(xcb_get_property_value_length(reply)));
         isLatin1 = reply->type == XCB_ATOM_STRING;
@@ -119,6 +146,44 @@ struct X11Clipboard::State {
     answered.notify_all();
   }
 
+  // A piece of text sent in pieces: an empty one ends it.
+  void piece(const xcb_property_notify_event_t& change) {
+    if (change.window != window || change.state != XCB_PROPERTY_NEW_VALUE) return;
+    {
+      const std::lock_guard lock(mutex);
+      if (!inPieces || change.atom != property) return;
+    }
+    xcb_get_property_reply_t* reply =
+        xcb_get_property_reply(connection,
+                               xcb_get_property(connection, 1, window, change.atom,
+                                                XCB_GET_PROPERTY_TYPE_ANY, 0, UINT32_MAX / 4),
+                               nullptr);
+    xcb_flush(connection);
+    const std::lock_guard lock(mutex);
+    // A piece already taken (its notice can come after it was read) is no piece.
+    if (reply != nullptr && reply->type == XCB_ATOM_NONE) {
+      std::free(reply);
+      return;
+    }
+    if (reply == nullptr || reply->format != 8 || xcb_get_property_value_length(reply) == 0) {
+      if (reply != nullptr && reply->format == 8) {
+        received = std::move(pieces);
+        receivedLatin1 = reply->type == XCB_ATOM_STRING;
+      } else {
+        received.reset();
+      }
+      pieces.clear();
+      inPieces = false;
+      arrived = true;
+      answered.notify_all();
+    } else {
+      pieces.append(static_cast<const char*>(xcb_get_property_value(reply)),
+                    static_cast<std::size_t>(xcb_get_property_value_length(reply)));
+      answered.notify_all();
+    }
+    std::free(reply);
+  }
+
   void run() {
     while (xcb_generic_event_t* event = xcb_wait_for_event(connection)) {
       switch (event->response_type & 0x7F) {
@@ -127,6 +192,9 @@ struct X11Clipboard::State {
           break;
         case XCB_SELECTION_NOTIFY:
           arrive(*reinterpret_cast<xcb_selection_notify_event_t*>(event));
+          break;
+        case XCB_PROPERTY_NOTIFY:
+          piece(*reinterpret_cast<xcb_property_notify_event_t*>(event));
           break;
         case XCB_SELECTION_CLEAR: {
           const std::lock_guard lock(mutex);
@@ -157,7 +225,10 @@ std::unique_ptr<X11Clipboard> X11Clipboard::connect() {
   state->text = x11::internAtom(c, "TEXT");
   state->targets = x11::internAtom(c, "TARGETS");
   state->incr = x11::internAtom(c, "INCR");
-  state->property = x11::internAtom(c, "ORVO_CLIPBOARD");
+  for (std::size_t i = 0; i < kRequestProperties; ++i) {
+    state->properties[i] = x11::internAtom(c, "ORVO_CLIPBOARD" + std::to_string(i));
+  }
+  state->property = state->properties[0];
   state->manager = x11::internAtom(c, "CLIPBOARD_MANAGER");
   state->saveTargets = x11::internAtom(c, "SAVE_TARGETS");
   xcb_flush(c);
@@ -200,16 +271,42 @@ X11Clipboard::~X11Clipboard() {
 
 std::optional<String> X11Clipboard::text() {
   State& s = *state_;
+  // One request at a time: the answer and its pieces are the state's.
+  const std::lock_guard one(s.requesting);
+  xcb_atom_t into = XCB_ATOM_NONE;
   {
     const std::lock_guard lock(s.mutex);
     if (s.owned) return s.ownedText;
     s.arrived = false;
+    s.inPieces = false;
+    s.pieces.clear();
     s.received.reset();
+    s.request = (s.request + 1) % kRequestProperties;
+    s.property = s.properties[s.request];
+    into = s.property;
   }
-  xcb_convert_selection(s.connection, s.window, s.clipboard, s.utf8, s.property, XCB_CURRENT_TIME);
+  // Whatever a request given up on left in this property goes first.
+  xcb_delete_property(s.connection, s.window, into);
+  xcb_convert_selection(s.connection, s.window, s.clipboard, s.utf8, into, XCB_CURRENT_TIME);
   xcb_flush(s.connection);
   std::unique_lock lock(s.mutex);
-  if (!s.answered.wait_for(lock, kAnswerTime, [&s] { return s.arrived; })) return std::nullopt;
+  // The holder answers within the answer time; text in pieces may take longer, as long as pieces
+  // keep coming.
+  std::size_t had = 0;
+  if (!s.answered.wait_for(lock, kAnswerTime, [&s, had] {
+        return s.arrived || (s.inPieces && s.pieces.size() != had);
+      })) {
+    s.inPieces = false;
+    return std::nullopt;
+  }
+  while (!s.arrived) {
+    had = s.pieces.size();
+    if (!s.answered.wait_for(lock, kAnswerTime,
+                             [&s, had] { return s.arrived || s.pieces.size() != had; })) {
+      s.inPieces = false;
+      return std::nullopt;
+    }
+  }
   if (!s.received) return std::nullopt;
   if (!s.receivedLatin1) return fromUtf8(*s.received);
   return x11::fromLatin1(*s.received);

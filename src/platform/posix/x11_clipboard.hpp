@@ -19,8 +19,8 @@ class X11Clipboard {
   X11Clipboard& operator=(const X11Clipboard&) = delete;
   ~X11Clipboard();
 
-  // The clipboard's text, from whichever program holds it; nullopt when none holds text or the
-  // holder does not answer within a second.
+  // The clipboard's text, from whichever program holds it (in pieces when it is large); nullopt
+  // when none holds text or the holder stops answering for three seconds.
   std::optional<String> text();
   // Takes the clipboard with this text; false when the display refused.
   bool setText(std::u16string_view text);
