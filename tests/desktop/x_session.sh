@@ -13,7 +13,7 @@ trap cleanup EXIT
 exec 9>"$work/display"
 Xvfb -displayfd 9 -screen 0 1920x1080x24 -dpi 96 -nolisten tcp >"$work/xvfb.log" 2>&1 &
 pids+=($!)
-for _ in $(seq 100); do [[ -s "$work/display" ]] && break; sleep 0.1; done
+for _ in $(seq 300); do [[ -s "$work/display" ]] && break; sleep 0.1; done
 export DISPLAY=":$(head -n 1 "$work/display")"
 [[ "$DISPLAY" != ":" ]] || { echo "FAIL: Xvfb did not start"; cat "$work/xvfb.log"; exit 1; }
 openbox --sm-disable >"$work/openbox.log" 2>&1 &
@@ -24,7 +24,7 @@ until_true() {  # until_true SECONDS COMMAND...: whether the command succeeded w
   for _ in $(seq "$tries"); do "$@" && return 0; sleep 0.1; done
   return 1
 }
-until_true 10 bash -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"' ||
+until_true 30 bash -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"' ||
   { echo "FAIL: openbox did not start"; cat "$work/openbox.log"; exit 1; }
 
 window_of() {  # the X id (decimal) of the one window with that exact title, once it is mapped

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -12,6 +14,7 @@
 
 #include "files/files_fixture.hpp"
 #include "frame/state.hpp"
+#include "orvogeneric/desktop.hpp"
 #include "platform/calc.hpp"
 #include "settings/ini_values.hpp"
 #include "support/test_support.hpp"
@@ -55,10 +58,15 @@ class SpreadsheetProgram : public test::FilesTest {
     text << in.rdbuf();
     return fromUtf8(text.str());
   }
+  // Each finds, or starts, this user's one Calc: they run one after the other.
+  void withoutCalc();
+  void runningCalc();
+  void startedCalc();
   String ini_;
 };
 
-TEST_F(SpreadsheetProgram, WithoutCalcTheUserIsToldAndTheSettingsRecordIt) {
+// Without Calc the user is told and the settings file records it.
+void SpreadsheetProgram::withoutCalc() {
   const test::ScopedEnvironment noProgram("PATH", toUtf8(path("empty")).c_str());
   struct Case {
     VBool suppress;
@@ -91,9 +99,102 @@ TEST_F(SpreadsheetProgram, WithoutCalcTheUserIsToldAndTheSettingsRecordIt) {
   }
 }
 
+// A desktop with Calc's one window, as the window manager shows it, recording what is asked of it.
+class CalcDesktop final : public Desktop {
+ public:
+  static constexpr WindowHandle kWindow = 0x1200007;
+  std::int64_t process = 0;
+  bool iconic = false;
+  bool zoomed = false;
+  std::vector<ShowCommand> shown;
+  std::vector<WindowHandle> activated;
+  std::vector<WindowHandle> topLevelWindows() override { return {0x1100001, kWindow}; }
+  bool isWindowVisible(WindowHandle) override { return true; }
+  String windowTitle(WindowHandle w) override {
+    return w == kWindow ? u"Untitled 1 - LibreOffice Calc" : u"Terminal";
+  }
+  String windowClassName(WindowHandle w) override {
+    return w == kWindow ? u"libreoffice-calc" : u"XTerm";
+  }
+  std::int64_t windowOwnerId(WindowHandle w) override { return w == kWindow ? process : 1; }
+  bool isIconic(WindowHandle w) override { return w == kWindow && iconic; }
+  bool isZoomed(WindowHandle w) override { return w == kWindow && zoomed; }
+  std::int32_t showWindow(WindowHandle, ShowCommand c) override {
+    shown.push_back(c);
+    return 1;
+  }
+  std::int32_t activateWindow(WindowHandle w) override {
+    activated.push_back(w);
+    return 1;
+  }
+};
+
+// A running Calc is attached as it is: a minimised one is shown normal, or maximised when that
+// was asked, never left minimised (a request for minimised restores it too); one that is not
+// minimised is left in its state. Its main window is then activated.
+void SpreadsheetProgram::runningCalc() {
+  std::filesystem::remove(dir_ / "App.ini");
+  // A process that the system names as Calc's.
+  std::filesystem::copy_file("/bin/sleep", dir_ / "soffice.bin");
+  const std::string program = (dir_ / "soffice.bin").string();
+  const pid_t pid = ::fork();
+  if (pid == 0) {
+    ::execl(program.c_str(), "soffice.bin", "30", static_cast<char*>(nullptr));
+    ::_exit(127);
+  }
+  struct Ending {
+    pid_t pid;
+    ~Ending() {
+      ::kill(pid, SIGKILL);
+      ::waitpid(pid, nullptr, 0);
+    }
+  } ending{pid};
+  for (int i = 0; i < 100 && platform::runningCalc() != pid; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  ASSERT_EQ(platform::runningCalc(), pid);
+
+  struct Case {
+    bool iconic;
+    bool zoomed;
+    std::int32_t windowState;
+    std::vector<ShowCommand> want;
+  };
+  const Case cases[] = {
+      {true, false, 1, {ShowCommand::ShowNormal}},
+      {true, false, 0, {ShowCommand::ShowNormal}},
+      {true, false, 2, {ShowCommand::Maximize}},
+      {true, true, 2, {ShowCommand::Maximize}},
+      {false, false, 1, {}},
+      {false, true, 0, {}},
+  };
+  for (const auto& c : cases) {
+    auto screen = std::make_shared<CalcDesktop>();
+    screen->process = pid;
+    screen->iconic = c.iconic;
+    screen->zoomed = c.zoomed;
+    const auto previous = setDesktop(screen);
+    std::shared_ptr<Object> object;
+    const VBool ok = RunOrRestoreExcel(&object, VBool::True, VBool::True, c.windowState);
+    setDesktop(previous);
+    const std::string what = "iconic " + std::to_string(c.iconic) + " zoomed " +
+                             std::to_string(c.zoomed) + " asked " + std::to_string(c.windowState);
+    EXPECT_EQ(ok, VBool::True) << what;
+    EXPECT_EQ(screen->shown, c.want) << what;
+    EXPECT_EQ(screen->activated, std::vector<WindowHandle>{CalcDesktop::kWindow}) << what;
+    ASSERT_NE(object, nullptr) << what;
+    auto app = std::static_pointer_cast<SpreadsheetApplication>(object);
+    setDesktop(screen);
+    EXPECT_EQ(app->Hwnd(), CalcDesktop::kWindow);
+    EXPECT_EQ(app->WindowState(), c.iconic ? xlMinimized : c.zoomed ? xlMaximized : xlNormal);
+    setDesktop(previous);
+  }
+  EXPECT_FALSE(std::filesystem::exists(dir_ / "App.ini")) << "a running Calc is not recorded";
+}
+
 // The real program: Calc is started as the library starts it, the file is handed over with the
 // import options, and headless Calc reading the file with those options finds the cells.
-TEST_F(SpreadsheetProgram, CalcOpensTheDelimitedFileWithTheRightCells) {
+void SpreadsheetProgram::startedCalc() {
   ASSERT_EQ(std::system("command -v soffice >/dev/null"), 0) << "scripts/setup.sh installs Calc";
   const test::ScopedEnvironment home("HOME", toUtf8(path("home")).c_str());
   const test::ScopedLocale german("de_DE.UTF-8");
@@ -140,6 +241,12 @@ TEST_F(SpreadsheetProgram, CalcOpensTheDelimitedFileWithTheRightCells) {
     numbers.push_back((*it)[1]);
   }
   EXPECT_EQ(numbers, (std::vector<std::string>{"1.5", "1234.5", "-2.25", "12345678.9"}));
+}
+
+TEST_F(SpreadsheetProgram, AbsentRunningAndStarted) {
+  withoutCalc();
+  runningCalc();
+  startedCalc();
 }
 
 }  // namespace
