@@ -24,7 +24,9 @@ for qt in "$work"/out/orvogeneric-qt_*_amd64.deb; do
   qt_depends=$(dpkg-deb -f "$qt" Depends)
   grep -q "orvogeneric (= " <<<"$qt_depends" && grep -q libqt6widgets6 <<<"$qt_depends" ||
     { echo "orvogeneric-qt Depends: $qt_depends" >&2; exit 1; }
-  dpkg-deb -c "$qt" | grep -q " ./usr/lib/libORVOGenericQt.so.0 " ||
+  # Listed whole first: grep -q would close the pipe early and fail the listing.
+  qt_contents=$(dpkg-deb -c "$qt")
+  grep -q " ./usr/lib/libORVOGenericQt.so.0 " <<<"$qt_contents" ||
     { echo "orvogeneric-qt lacks its library" >&2; exit 1; }
 done
 contents=$(dpkg-deb -c "$deb")
