@@ -12,14 +12,11 @@
 #include <cmath>
 
 #include "orvogeneric/user_interface.hpp"
+#include "qt_text.hpp"
 
 namespace orvo::qt {
 
 namespace {
-
-QString toQ(const String& text) {
-  return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 // Twips per pixel of the screen the dialog opens on, as the forms measured with Screen.
 double twipsPerPixel(const QScreen* screen) {

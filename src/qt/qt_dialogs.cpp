@@ -14,14 +14,11 @@
 #include "error_dialog_widget.hpp"
 #include "orvogeneric/qt.hpp"
 #include "orvogeneric/user_interface.hpp"
+#include "qt_text.hpp"
 
 namespace orvo::qt {
 
 namespace {
-
-QString toQ(std::u16string_view text) {
-  return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 // Widgets live on the application's thread; a report raised on a worker is shown from there,
 // the worker waiting for the answer as it would for a modal box of its own. The work travels as

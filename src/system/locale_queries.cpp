@@ -18,9 +18,6 @@ namespace orvo::system {
 
 namespace {
 
-constexpr std::int32_t kDecimalSeparator = 0x000E;
-constexpr std::int32_t kListSeparator = 0x000C;
-constexpr std::int32_t kThousandSeparator = 0x000F;
 constexpr std::int32_t kDefaultAnsiCodePage = 0x1004;
 
 // The lists as the start-up procedure left them; a list asked for before it exists is the

@@ -10,6 +10,11 @@
 // page of the system or of a locale, and lookups in the lists built at start-up.
 namespace orvo::system {
 
+// The locale values asked for by number (the platform's LCTypes).
+constexpr std::int32_t kDecimalSeparator = 0x000E;
+constexpr std::int32_t kListSeparator = 0x000C;
+constexpr std::int32_t kThousandSeparator = 0x000F;
+
 // The 8-bit form of the platform's locale information: the value comes back in the locale's
 // own ANSI code page and is read as text in the system's, as the original's host does with
 // any text an 8-bit call fills in.

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <chrono>
-#include <thread>
 
 #include "frame/parent_app.hpp"
 #include "frame/trace.hpp"
@@ -25,16 +24,14 @@ namespace {
 
 constexpr std::int32_t kCannotCreateObject = 429;
 constexpr std::int32_t kInvalidCall = 5;
-constexpr std::int32_t kDecimalSeparatorType = 0x000E;
-constexpr std::int32_t kThousandSeparatorType = 0x000F;
 
 // Calc reads numbers with the separators of the language the import names. A pair of separators
 // chooses the first language that writes numbers so; the usual pairs are settled first.
 std::int32_t languageForSeparators(const String& decimal, const String& thousands) {
   static constexpr std::array<std::int32_t, 6> kUsual = {1033, 1031, 1036, 2055, 1049, 3082};
   const auto matches = [&](std::int32_t lcid) {
-    return GetUserLocaleInfo(kDecimalSeparatorType, lcid) == decimal &&
-           GetUserLocaleInfo(kThousandSeparatorType, lcid) == thousands;
+    return GetUserLocaleInfo(kDecimalSeparator, lcid) == decimal &&
+           GetUserLocaleInfo(kThousandSeparator, lcid) == thousands;
   };
   for (const std::int32_t lcid : kUsual) {
     if (matches(lcid)) return lcid;

@@ -1,7 +1,6 @@
 #include "platform/calc.hpp"
 
 #include <dirent.h>
-#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,8 +20,6 @@
 #include "platform/posix/child_streams.hpp"
 #include "platform/process.hpp"
 
-extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX leaves it undeclared
-
 namespace orvo::platform {
 
 namespace {
@@ -32,33 +29,12 @@ constexpr const char* kLauncher = "soffice";
 // The process that stays: one per user profile, with the program's windows.
 constexpr std::string_view kOfficeProcess = "soffice.bin";
 
-// Spawns the launcher with these arguments; 0 when it could not be started (ENOENT: missing).
+// Starts the launcher with these arguments; 0 when it could not be started (ENOENT: missing).
 pid_t spawnLauncher(std::vector<std::string> arguments, int& error) {
   arguments.insert(arguments.begin(), kLauncher);
-  std::vector<char*> argv;
-  argv.reserve(arguments.size() + 1);
-  for (auto& a : arguments) argv.push_back(a.data());
-  argv.push_back(nullptr);
   pid_t pid = 0;
-  const ChildStreamActions streams;
-  error = ::posix_spawnp(&pid, kLauncher, streams.get(), nullptr, argv.data(), environ);
+  error = spawnChild(std::move(arguments), pid);
   return error == 0 ? pid : 0;
-}
-
-// Waits up to the deadline for the child; its exit status, or -1 when it is still running (it is
-// then reaped whenever it ends).
-int waitFor(pid_t pid, std::chrono::seconds limit) {
-  const auto deadline = std::chrono::steady_clock::now() + limit;
-  for (;;) {
-    int status = 0;
-    const pid_t done = ::waitpid(pid, &status, WNOHANG);
-    if (done == pid) return WIFEXITED(status) ? WEXITSTATUS(status) : 128;
-    if (done < 0 && errno != EINTR) return 128;
-    if (std::chrono::steady_clock::now() >= deadline) break;
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  }
-  reapWhenEnded(static_cast<std::int32_t>(pid));
-  return -1;
 }
 
 }  // namespace
@@ -137,8 +113,12 @@ bool openInCalc(std::u16string_view file, std::u16string_view importOptions) {
     if (pid == 0) return false;
     // A second launcher hands the file to the running program and ends; one that finds no
     // program becomes it and stays, which is as good once the file is open.
-    const int status = waitFor(pid, std::chrono::seconds(30));
-    if (status == 0 || status == -1) return true;
+    int status = 0;
+    const ChildWait waited = waitBriefly(pid, std::chrono::seconds(30), status);
+    if (waited == ChildWait::StillRunning ||
+        (waited == ChildWait::Ended && WIFEXITED(status) && WEXITSTATUS(status) == 0)) {
+      return true;
+    }
     if (std::chrono::steady_clock::now() >= deadline) return false;
     std::this_thread::sleep_for(std::chrono::seconds(1));
   }

@@ -1,6 +1,11 @@
 #pragma once
 
 #include <spawn.h>
+#include <sys/types.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
 
 namespace orvo::platform {
 
@@ -21,5 +26,14 @@ class ChildStreamActions {
   posix_spawn_file_actions_t actions_{};
   bool used_ = false;
 };
+
+// Starts the program arguments[0], found on PATH, with the arguments and the streams above.
+// Returns posix_spawnp's error number, 0 when started (pid then names the child).
+int spawnChild(std::vector<std::string> arguments, pid_t& pid);
+
+enum class ChildWait { Ended, StillRunning, Failed };
+// Waits up to limit for a child to end, its wait status then in status. One still running is
+// left to finish on its own, and reaped whenever it ends.
+ChildWait waitBriefly(pid_t pid, std::chrono::milliseconds limit, int& status);
 
 }  // namespace orvo::platform

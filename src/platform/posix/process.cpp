@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -23,22 +22,13 @@
 #include "platform/posix/open_file.hpp"
 #include "platform/posix/windows_errors.hpp"
 
-extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX leaves it undeclared
-
 namespace orvo::platform {
 
 std::int32_t startProcess(std::u16string_view commandLine) {
   // Windows hands the child its command line whole; a POSIX program gets the arguments the
   // Windows runtime would have split from it.
-  std::vector<std::string> arguments = splitCommandLine(commandLine);
-  if (arguments.empty()) return 0;
-  std::vector<char*> argv;
-  argv.reserve(arguments.size() + 1);
-  for (auto& a : arguments) argv.push_back(a.data());
-  argv.push_back(nullptr);
   pid_t pid = 0;
-  const ChildStreamActions streams;
-  if (::posix_spawnp(&pid, argv[0], streams.get(), nullptr, argv.data(), environ) != 0) return 0;
+  if (spawnChild(splitCommandLine(commandLine), pid) != 0) return 0;
   return static_cast<std::int32_t>(pid);
 }
 

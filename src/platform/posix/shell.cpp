@@ -1,6 +1,5 @@
 #include "platform/shell.hpp"
 
-#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,13 +7,10 @@
 #include <cerrno>
 #include <chrono>
 #include <string>
-#include <thread>
 
 #include "platform/file.hpp"
 #include "platform/posix/child_streams.hpp"
 #include "platform/process.hpp"
-
-extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX declares it nowhere
 
 namespace orvo::platform {
 
@@ -74,11 +70,8 @@ std::int32_t openDocument(std::u16string_view document) {
       return parentMissing ? kPathNotFound : kFileNotFound;
     }
   }
-  std::string program = "xdg-open";
-  char* argv[] = {program.data(), target.data(), nullptr};
   pid_t pid = 0;
-  const ChildStreamActions streams;
-  const int spawned = ::posix_spawnp(&pid, program.c_str(), streams.get(), nullptr, argv, environ);
+  const int spawned = spawnChild({"xdg-open", target}, pid);
   if (spawned != 0) {
     // Without the desktop's opener nothing on this system is associated with any document.
     return spawned == ENOMEM ? kOutOfMemory : kNoAssociation;
@@ -86,16 +79,15 @@ std::int32_t openDocument(std::u16string_view document) {
   // The shell returns once the program is started. xdg-open returns at once when it hands the
   // document to a desktop, but runs a terminal program in the foreground: an opener still
   // running after a short while has found its program, and is left to finish on its own.
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(3);
-  for (;;) {
-    int status = 0;
-    const pid_t done = ::waitpid(pid, &status, WNOHANG);
-    if (done == pid) return fromOpenerStatus(status);
-    if (done < 0 && errno != EINTR) return kGeneralFailure;
-    if (std::chrono::steady_clock::now() >= deadline) break;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  int status = 0;
+  switch (waitBriefly(pid, std::chrono::seconds(3), status)) {
+    case ChildWait::Ended:
+      return fromOpenerStatus(status);
+    case ChildWait::Failed:
+      return kGeneralFailure;
+    case ChildWait::StillRunning:
+      break;
   }
-  reapWhenEnded(pid);
   return kOpened;
 }
 
