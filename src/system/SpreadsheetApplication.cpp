@@ -2,11 +2,11 @@
 #include <thread>
 
 #include "files/encoding.hpp"
-#include "files/fileutils.hpp"
 #include "frame/trace.hpp"
 #include "orvogeneric/classes.hpp"
 #include "orvogeneric/desktop.hpp"
 #include "platform/calc.hpp"
+#include "platform/file.hpp"
 #include "runtime/errors.hpp"
 #include "runtime/strings.hpp"
 #include "system/spreadsheet.hpp"
@@ -138,8 +138,10 @@ void SpreadsheetApplication::OpenText(const String& FileName, std::int32_t /*Dat
   import.textQualifier = TextQualifier;
   import.decimalSeparator = DecimalSeparator;
   import.thousandsSeparator = ThousandsSeparator;
-  // A missing file is the same error Excel's OpenText raised for it.
-  if (files::FileExists(FileName) == VBool::False) runtime::raise(1004);
+  // Only a file that can be read to its end is handed over: a missing one, a folder, or a pipe
+  // or device (which would hold Calc reading forever) raises what Excel's OpenText raised for a
+  // file it could not open.
+  if (platform::File probe; !probe.open(FileName, platform::OpenOptions{})) runtime::raise(1004);
   const String options = system::calcImportOptions(import, files::TextFileEncoding(FileName));
   const bool handed = platform::openInCalc(FileName, options);
   frame::LibraryTrace(u"OpenText: " + FileName + (handed ? u" handed" : u" could not be handed") +

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -67,6 +68,7 @@ class SpreadsheetProgram : public test::FilesTest {
 
 // Without Calc the user is told and the settings file records it.
 void SpreadsheetProgram::withoutCalc() {
+  ASSERT_EQ(platform::runningCalc(), 0) << "another Calc of this user runs on the default profile";
   const test::ScopedEnvironment noProgram("PATH", toUtf8(path("empty")).c_str());
   struct Case {
     VBool suppress;
@@ -190,6 +192,21 @@ void SpreadsheetProgram::runningCalc() {
     setDesktop(previous);
   }
   EXPECT_FALSE(std::filesystem::exists(dir_ / "App.ini")) << "a running Calc is not recorded";
+
+  // Only a file that can be read to its end is handed over: a pipe would hold Calc forever.
+  ASSERT_EQ(::mkfifo((dir_ / "pipe.csv").c_str(), 0600), 0);
+  std::filesystem::create_directory(dir_ / "folder.csv");
+  SpreadsheetApplication app;
+  ASSERT_TRUE(attachCalc(app));
+  for (const char* name : {"pipe.csv", "folder.csv", "missing.csv"}) {
+    std::int32_t number = 0;
+    try {
+      app.OpenText(path(name));
+    } catch (const Error& e) {
+      number = e.number();
+    }
+    EXPECT_EQ(number, 1004) << name;
+  }
 }
 
 // The real program: Calc is started as the library starts it, the file is handed over with the
