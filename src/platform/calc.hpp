@@ -18,9 +18,9 @@ enum class CalcStart { Started, NotInstalled, Failed };
 // Starts Calc with a new empty spreadsheet, minimised when asked; returns at once.
 CalcStart startCalc(bool minimized);
 
-// Hands a delimited text file to the running Calc (or a new one) with its import options (the
-// CSV filter's option string) and waits, boundedly, until it was handed over. False when it could
-// not be.
+// Hands a delimited text file to this user's running Calc with its import options (the CSV
+// filter's option string), waiting, boundedly, for a Calc still starting to take requests. False
+// when none runs or it could not be handed over.
 bool openInCalc(std::u16string_view file, std::u16string_view importOptions);
 
 }  // namespace orvo::platform

@@ -62,6 +62,7 @@ class SpreadsheetProgram : public test::FilesTest {
   // Each finds, or starts, this user's one Calc: they run one after the other.
   void withoutCalc();
   void runningCalc();
+  void handedOnceListening();
   void startedCalc();
   String ini_;
 };
@@ -209,6 +210,63 @@ void SpreadsheetProgram::runningCalc() {
   }
 }
 
+// A Calc still starting is not handed the file until it listens for launchers: a launcher that
+// finds none becomes a second program, which on a slow start took the profile from the first and
+// then ended with it. The stand-in listens after a while; the launcher stand-in records whether it
+// was called before that.
+void SpreadsheetProgram::handedOnceListening() {
+  const std::filesystem::path bin = dir_ / "bin";
+  std::filesystem::create_directories(bin);
+  const std::string calls = (dir_ / "calls").string();
+  const std::string listening = (dir_ / "listening").string();
+  {
+    std::ofstream launcher(bin / "soffice");
+    launcher << "#!/bin/sh\nif [ -e '" << listening << "' ]; then echo \"handed $*\" >>'" << calls
+             << "'; else echo early >>'" << calls << "'; exit 1; fi\n";
+  }
+  std::filesystem::permissions(bin / "soffice", std::filesystem::perms::owner_all);
+  std::filesystem::create_symlink("/usr/bin/python3", bin / "soffice.bin");
+  const std::string program = (bin / "soffice.bin").string();
+  const std::string pipe = (dir_ / "OSL_PIPE_1_SingleOfficeIPC_0f").string();
+  const char* script =
+      "import socket, sys, time\n"
+      "time.sleep(1.5)\n"
+      "s = socket.socket(socket.AF_UNIX)\n"
+      "s.bind(sys.argv[1])\n"
+      "s.listen(1)\n"
+      "open(sys.argv[2], 'w').close()\n"
+      "time.sleep(30)\n";
+  const pid_t pid = ::fork();
+  if (pid == 0) {
+    ::execl(program.c_str(), "soffice.bin", "-c", script, pipe.c_str(), listening.c_str(),
+            static_cast<char*>(nullptr));
+    ::_exit(127);
+  }
+  struct Ending {
+    pid_t pid;
+    ~Ending() {
+      if (pid <= 0) return;
+      ::kill(pid, SIGKILL);
+      ::waitpid(pid, nullptr, 0);
+    }
+  } ending{pid};
+  for (int i = 0; i < 100 && platform::runningCalc() != pid; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  ASSERT_EQ(platform::runningCalc(), pid);
+  const test::ScopedEnvironment launchers("PATH", bin.c_str());
+  ASSERT_TRUE(platform::openInCalc(path("Data.csv"), u"Text - txt - csv (StarCalc):44,34,76,1"));
+  std::ifstream recorded(calls);
+  std::stringstream text;
+  text << recorded.rdbuf();
+  EXPECT_EQ(text.str(), "handed --infilter=Text - txt - csv (StarCalc):44,34,76,1 " +
+                            toUtf8(path("Data.csv")) + "\n");
+  ::kill(pid, SIGKILL);
+  ::waitpid(pid, nullptr, 0);
+  ending.pid = 0;
+  EXPECT_FALSE(platform::openInCalc(path("Data.csv"), u"")) << "no Calc runs";
+}
+
 // The real program: Calc is started as the library starts it, the file is handed over with the
 // import options, and headless Calc reading the file with those options finds the cells.
 void SpreadsheetProgram::startedCalc() {
@@ -263,6 +321,7 @@ void SpreadsheetProgram::startedCalc() {
 TEST_F(SpreadsheetProgram, AbsentRunningAndStarted) {
   withoutCalc();
   runningCalc();
+  handedOnceListening();
   startedCalc();
 }
 

@@ -11,8 +11,10 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <thread>
+#include <unordered_set>
 #include <vector>
 
 #include "orvogeneric/types.hpp"
@@ -35,6 +37,43 @@ pid_t spawnLauncher(std::vector<std::string> arguments, int& error) {
   pid_t pid = 0;
   error = spawnChild(std::move(arguments), pid);
   return error == 0 ? pid : 0;
+}
+
+// Whether the process listens on the pipe through which launchers hand it their arguments. Until
+// it does, a launcher finds no program and tries to become it: it then races the starting one for
+// the profile, and a program started with a file rather than handed one refuses the file on
+// builds without windows. Either way both can end, leaving no Calc at all.
+bool listensForLaunchers(std::int32_t pid) {
+  const std::string folder = "/proc/" + std::to_string(pid) + "/fd";
+  DIR* fds = ::opendir(folder.c_str());
+  if (fds == nullptr) return false;
+  std::unordered_set<std::string> sockets;
+  constexpr std::string_view kSocket = "socket:[";
+  while (const dirent* entry = ::readdir(fds)) {
+    char target[64];
+    const ssize_t length = ::readlinkat(::dirfd(fds), entry->d_name, target, sizeof target);
+    const std::string_view link(target, length > 0 ? static_cast<std::size_t>(length) : 0);
+    if (link.starts_with(kSocket) && link.ends_with(']')) {
+      sockets.emplace(link.substr(kSocket.size(), link.size() - kSocket.size() - 1));
+    }
+  }
+  ::closedir(fds);
+  if (sockets.empty()) return false;
+  // Columns: slot, references, protocol, flags, type, state, inode, path.
+  constexpr unsigned long kAcceptsConnections = 0x10000;
+  std::ifstream table("/proc/net/unix");
+  std::string line;
+  std::getline(table, line);
+  while (std::getline(table, line)) {
+    std::istringstream columns(line);
+    std::string slot, references, protocol, flags, type, state, inode, path;
+    columns >> slot >> references >> protocol >> flags >> type >> state >> inode >> path;
+    if ((std::strtoul(flags.c_str(), nullptr, 16) & kAcceptsConnections) != 0 &&
+        path.find("_SingleOfficeIPC_") != std::string::npos && sockets.contains(inode)) {
+      return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace
@@ -104,23 +143,26 @@ CalcStart startCalc(bool minimized) {
 bool openInCalc(std::u16string_view file, std::u16string_view importOptions) {
   const std::vector<std::string> arguments = {"--infilter=" + toUtf8(importOptions),
                                               NativePath(String(file)).native()};
-  // A Calc still starting refuses what a launcher hands it; it is asked again until it takes the
-  // file, for as long as a first start on a new profile takes.
+  // A Calc just started takes a moment, longer on a first start on a new profile, before it
+  // listens for launchers; it is waited for rather than raced.
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   for (;;) {
-    int error = 0;
-    const pid_t pid = spawnLauncher(arguments, error);
-    if (pid == 0) return false;
-    // A second launcher hands the file to the running program and ends; one that finds no
-    // program becomes it and stays, which is as good once the file is open.
-    int status = 0;
-    const ChildWait waited = waitBriefly(pid, std::chrono::seconds(30), status);
-    if (waited == ChildWait::StillRunning ||
-        (waited == ChildWait::Ended && WIFEXITED(status) && WEXITSTATUS(status) == 0)) {
-      return true;
+    const std::int32_t calc = runningCalc();
+    if (calc == 0) return false;
+    if (listensForLaunchers(calc)) {
+      int error = 0;
+      const pid_t pid = spawnLauncher(arguments, error);
+      if (pid == 0) return false;
+      // The launcher hands the file to the running program and ends.
+      int status = 0;
+      const ChildWait waited = waitBriefly(pid, std::chrono::seconds(30), status);
+      if (waited == ChildWait::StillRunning ||
+          (waited == ChildWait::Ended && WIFEXITED(status) && WEXITSTATUS(status) == 0)) {
+        return true;
+      }
     }
     if (std::chrono::steady_clock::now() >= deadline) return false;
-    std::this_thread::sleep_for(std::chrono::seconds(1));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
   }
 }
 
