@@ -299,6 +299,11 @@ void SpreadsheetProgram::startedCalc() {
   ASSERT_FALSE(options.empty()) << "no file was handed over";
   options.pop_back();
   EXPECT_EQ(test::show(options), "Text - txt - csv (StarCalc):59,34,1,1,,1031,false,true");
+  // The running Calc takes an empty file too, as Excel opened an empty book.
+  const test::ScopedRecordingUserInterface ui;
+  OpenInExcel(write("Empty.csv", ""), Variant(String(u";")), VBool::False, VBool::False,
+              VBool::False, 0);
+  EXPECT_TRUE(ui->boxes.empty()) << test::show(ui->boxes.empty() ? u"" : ui->boxes[0].text);
 
   const std::string out = (dir_ / "out").string();
   const std::string command = "soffice --headless -env:UserInstallation=file://" +
