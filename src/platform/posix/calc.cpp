@@ -62,6 +62,8 @@ bool listensForLaunchers(std::int32_t pid) {
   // Columns: slot, references, protocol, flags, type, state, inode, path.
   constexpr unsigned long kAcceptsConnections = 0x10000;
   std::ifstream table("/proc/net/unix");
+  // Where the socket table is hidden, the hand-over is simply tried, and retried.
+  if (!table) return true;
   std::string line;
   std::getline(table, line);
   while (std::getline(table, line)) {
