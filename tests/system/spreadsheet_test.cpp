@@ -41,6 +41,43 @@ TEST(Spreadsheet, ImportOptionsFromTheDelimiterAndTheSeparators) {
   EXPECT_FALSE(twoBlanks.consecutiveDelimiter);
 }
 
+// A process that the system names as Calc's: the program behind `link` (a link named soffice.bin)
+// with these arguments, ended when the stand-in goes.
+class CalcStandIn {
+ public:
+  CalcStandIn(const std::filesystem::path& link, std::vector<std::string> arguments) {
+    std::vector<char*> argv;
+    arguments.insert(arguments.begin(), "soffice.bin");
+    for (auto& a : arguments) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    pid_ = ::fork();
+    if (pid_ == 0) {
+      ::execv(link.c_str(), argv.data());
+      ::_exit(127);
+    }
+  }
+  ~CalcStandIn() { end(); }
+  CalcStandIn(const CalcStandIn&) = delete;
+  CalcStandIn& operator=(const CalcStandIn&) = delete;
+  // Whether the library finds it as the running Calc, within two seconds.
+  [[nodiscard]] bool found() const {
+    for (int i = 0; i < 100 && platform::runningCalc() != pid_; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return platform::runningCalc() == pid_;
+  }
+  void end() {
+    if (pid_ <= 0) return;
+    ::kill(pid_, SIGKILL);
+    ::waitpid(pid_, nullptr, 0);
+    pid_ = 0;
+  }
+  [[nodiscard]] pid_t pid() const { return pid_; }
+
+ private:
+  pid_t pid_ = 0;
+};
+
 class SpreadsheetProgram : public test::FilesTest {
  protected:
   void SetUp() override {
@@ -137,25 +174,10 @@ class CalcDesktop final : public Desktop {
 // minimised is left in its state. Its main window is then activated.
 void SpreadsheetProgram::runningCalc() {
   std::filesystem::remove(dir_ / "App.ini");
-  // A process that the system names as Calc's.
-  std::filesystem::copy_file("/bin/sleep", dir_ / "soffice.bin");
-  const std::string program = (dir_ / "soffice.bin").string();
-  const pid_t pid = ::fork();
-  if (pid == 0) {
-    ::execl(program.c_str(), "soffice.bin", "30", static_cast<char*>(nullptr));
-    ::_exit(127);
-  }
-  struct Ending {
-    pid_t pid;
-    ~Ending() {
-      ::kill(pid, SIGKILL);
-      ::waitpid(pid, nullptr, 0);
-    }
-  } ending{pid};
-  for (int i = 0; i < 100 && platform::runningCalc() != pid; ++i) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  }
-  ASSERT_EQ(platform::runningCalc(), pid);
+  std::filesystem::create_symlink("/bin/sleep", dir_ / "soffice.bin");
+  const CalcStandIn calc(dir_ / "soffice.bin", {"30"});
+  ASSERT_TRUE(calc.found());
+  const pid_t pid = calc.pid();
 
   struct Case {
     bool iconic;
@@ -226,7 +248,6 @@ void SpreadsheetProgram::handedOnceListening() {
   }
   std::filesystem::permissions(bin / "soffice", std::filesystem::perms::owner_all);
   std::filesystem::create_symlink("/usr/bin/python3", bin / "soffice.bin");
-  const std::string program = (bin / "soffice.bin").string();
   const std::string pipe = (dir_ / "OSL_PIPE_1_SingleOfficeIPC_0f").string();
   const char* script =
       "import socket, sys, time\n"
@@ -236,24 +257,8 @@ void SpreadsheetProgram::handedOnceListening() {
       "s.listen(1)\n"
       "open(sys.argv[2], 'w').close()\n"
       "time.sleep(30)\n";
-  const pid_t pid = ::fork();
-  if (pid == 0) {
-    ::execl(program.c_str(), "soffice.bin", "-c", script, pipe.c_str(), listening.c_str(),
-            static_cast<char*>(nullptr));
-    ::_exit(127);
-  }
-  struct Ending {
-    pid_t pid;
-    ~Ending() {
-      if (pid <= 0) return;
-      ::kill(pid, SIGKILL);
-      ::waitpid(pid, nullptr, 0);
-    }
-  } ending{pid};
-  for (int i = 0; i < 100 && platform::runningCalc() != pid; ++i) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  }
-  ASSERT_EQ(platform::runningCalc(), pid);
+  CalcStandIn calc(bin / "soffice.bin", {"-c", script, pipe, listening});
+  ASSERT_TRUE(calc.found());
   const test::ScopedEnvironment launchers("PATH", bin.c_str());
   ASSERT_TRUE(platform::openInCalc(path("Data.csv"), u"Text - txt - csv (StarCalc):44,34,76,1"));
   std::ifstream recorded(calls);
@@ -261,9 +266,7 @@ void SpreadsheetProgram::handedOnceListening() {
   text << recorded.rdbuf();
   EXPECT_EQ(text.str(), "handed --infilter=Text - txt - csv (StarCalc):44,34,76,1 " +
                             toUtf8(path("Data.csv")) + "\n");
-  ::kill(pid, SIGKILL);
-  ::waitpid(pid, nullptr, 0);
-  ending.pid = 0;
+  calc.end();
   EXPECT_FALSE(platform::openInCalc(path("Data.csv"), u"")) << "no Calc runs";
 }
 
