@@ -86,24 +86,20 @@ std::int32_t SpreadsheetApplication::WindowState() {
 
 void SpreadsheetApplication::WindowState(std::int32_t value) {
   const WindowHandle w = windowOfRunning(*this);
-  const auto d = desktop();
-  if (value != system::xlMinimized && value != system::xlMaximized && value != system::xlNormal) {
-    runtime::raise(5);
-  }
-  if (w == 0) return;
+  ShowCommand command = ShowCommand::ShowNormal;
   switch (value) {
     case system::xlMinimized:
-      d->showWindow(w, ShowCommand::Minimize);
+      command = ShowCommand::Minimize;
       break;
     case system::xlMaximized:
-      d->showWindow(w, ShowCommand::Maximize);
+      command = ShowCommand::Maximize;
       break;
     case system::xlNormal:
-      d->showWindow(w, ShowCommand::ShowNormal);
       break;
     default:
       runtime::raise(5);
   }
+  if (w != 0) desktop()->showWindow(w, command);
 }
 
 VBool SpreadsheetApplication::Visible() {

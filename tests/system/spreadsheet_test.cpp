@@ -212,6 +212,16 @@ void SpreadsheetProgram::runningCalc() {
     setDesktop(screen);
     EXPECT_EQ(app->Hwnd(), CalcDesktop::kWindow);
     EXPECT_EQ(app->WindowState(), c.iconic ? xlMinimized : c.zoomed ? xlMaximized : xlNormal);
+    // A state that is not one of Excel's three is an invalid call, and the window is left alone.
+    const auto shownBefore = screen->shown.size();
+    std::int32_t number = 0;
+    try {
+      app->WindowState(-4142);
+    } catch (const Error& e) {
+      number = e.number();
+    }
+    EXPECT_EQ(number, 5);
+    EXPECT_EQ(screen->shown.size(), shownBefore);
     setDesktop(previous);
   }
   EXPECT_FALSE(std::filesystem::exists(dir_ / "App.ini")) << "a running Calc is not recorded";
